@@ -1,0 +1,12 @@
+# Every library the product stands on, found once. All are Debian 12 packages; scripts/packages lists them.
+find_package(Threads REQUIRED)
+find_package(OpenSSL 3 REQUIRED)
+find_package(fmt 9 REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(ICU 70 REQUIRED COMPONENTS uc i18n)
+find_package(Boost 1.81 REQUIRED)
+find_package(SQLite3 REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-xtest xcb-res)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)

@@ -1,0 +1,51 @@
+# A room is one folder of src/ built as one static library. What it may link is what it may include.
+add_library(tallyfox_flags INTERFACE)
+target_compile_options(tallyfox_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> -fno-omit-frame-pointer)
+target_compile_definitions(tallyfox_flags INTERFACE
+  BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION
+  $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+target_include_directories(tallyfox_flags INTERFACE "${PROJECT_SOURCE_DIR}/src")
+if(TALLYFOX_SANITIZE)
+  target_compile_options(tallyfox_flags INTERFACE -fsanitize=${TALLYFOX_SANITIZE} -fno-sanitize-recover=all)
+  target_link_options(tallyfox_flags INTERFACE -fsanitize=${TALLYFOX_SANITIZE})
+endif()
+if(TALLYFOX_COVERAGE)
+  target_compile_options(tallyfox_flags INTERFACE --coverage -O0)
+  target_link_options(tallyfox_flags INTERFACE --coverage)
+endif()
+
+# tallyfox_room(NAME [LINK targets...] [PCH headers...]): the library tallyfox_NAME from the .cpp files of this folder.
+function(tallyfox_room name)
+  cmake_parse_arguments(ROOM "" "" "LINK;PCH" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  if(NOT sources)
+    add_library(tallyfox_${name} INTERFACE)
+    target_link_libraries(tallyfox_${name} INTERFACE tallyfox_flags ${ROOM_LINK})
+    return()
+  endif()
+  add_library(tallyfox_${name} STATIC ${sources})
+  target_link_libraries(tallyfox_${name} PUBLIC tallyfox_flags ${ROOM_LINK})
+  if(ROOM_PCH AND TALLYFOX_PRECOMPILE)
+    target_precompile_headers(tallyfox_${name} PRIVATE ${ROOM_PCH})
+  endif()
+endfunction()
+
+# tallyfox_tests(NAME [LINK targets...]): one test program from the .cpp files of this folder, run by ctest case by case.
+function(tallyfox_tests name)
+  cmake_parse_arguments(ROOM "" "" "LINK" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(test_${name} ${sources})
+  target_link_libraries(test_${name} PRIVATE tallyfox_flags ${ROOM_LINK} GTest::gmock_main)
+  target_include_directories(test_${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_compile_definitions(test_${name} PRIVATE TALLYFOX_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  if(TALLYFOX_PRECOMPILE)
+    target_precompile_headers(test_${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h> <nlohmann/json.hpp> <functional> <memory> <string> <vector>)
+  endif()
+  gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()

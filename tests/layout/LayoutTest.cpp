@@ -1,0 +1,82 @@
+// The rooms keep to their include permits, form no circle, and leave the operating system, the clock, sleeping and the
+// environment to the backends. Each rule is also shown to fail on a breach, so that a silent rule cannot pass for a kept
+// one.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "layout/SourceTree.hpp"
+
+namespace tallyfox::layout {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const std::vector<SourceFile>& product() {
+  static const std::vector<SourceFile> files = readSources(TALLYFOX_SOURCE_DIR "/src");
+  return files;
+}
+
+TEST(Layout, readsTheWholeTree) { EXPECT_GT(product().size(), 50U); }
+TEST(Layout, keepsTheIncludePermits) { EXPECT_THAT(brokenIncludePermits(product()), IsEmpty()); }
+TEST(Layout, hasNoIncludeCircle) { EXPECT_THAT(includeCircles(product()), IsEmpty()); }
+TEST(Layout, hasNoTwoRoomsThatIncludeEachOther) { EXPECT_THAT(roomCircles(product()), IsEmpty()); }
+TEST(Layout, leavesSystemClockSleepAndEnvironmentToTheBackends) { EXPECT_THAT(platformLeaks(product()), IsEmpty()); }
+TEST(Layout, keepsTheSeamSmallAndUnconditional) { EXPECT_THAT(brokenSeamRules(product()), IsEmpty()); }
+
+TEST(LayoutRules, refuseAForbiddenRoom) {
+  EXPECT_THAT(brokenIncludePermits({parsedSource("relay/A.cpp", "#include \"app/B.hpp\"\n")}),
+              ElementsAre("relay/A.cpp: may not include app/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("detection/A.cpp", "#include \"platform/linux/B.hpp\"\n")}),
+              ElementsAre("detection/A.cpp: may not include platform/linux/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("detection/A.cpp", "#include \"actions/B.hpp\"\n")}),
+              ElementsAre("detection/A.cpp: may not include actions/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/A.cpp", "#include \"app/B.hpp\"\n")}),
+              ElementsAre("platform/linux/A.cpp: may not include app/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("attic/A.cpp", "")}), ElementsAre("attic/A.cpp: lies in no known room"));
+}
+
+TEST(LayoutRules, refuseAToolkitOutsideABackend) {
+  EXPECT_THAT(brokenIncludePermits({parsedSource("app/A.cpp", "#include <xcb/xcb.h>\n#include <vector>\n")}),
+              ElementsAre("app/A.cpp: may not include <xcb/xcb.h>"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("relay/A.cpp", "#include <openssl/evp.h>\n")}),
+              ElementsAre("relay/A.cpp: may not include <openssl/evp.h>"));
+}
+
+TEST(LayoutRules, letABackendsMainSeeTheAgentButNoOtherBackend) {
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/main.cpp", "#include \"app/B.hpp\"\n")}), IsEmpty());
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/main.cpp", "#include \"platform/memory/B.hpp\"\n")}),
+              ElementsAre("platform/linux/main.cpp: may not include platform/memory/B.hpp"));
+}
+
+TEST(LayoutRules, findCircles) {
+  const std::vector<SourceFile> files = {parsedSource("base/A.hpp", "#include \"base/B.hpp\"\n"),
+                                         parsedSource("base/B.hpp", "#include \"base/A.hpp\"\n")};
+  EXPECT_THAT(includeCircles(files), ElementsAre("base/A.hpp -> base/B.hpp -> base/A.hpp"));
+  const std::vector<SourceFile> rooms = {parsedSource("relay/A.hpp", "#include \"pairing/B.hpp\"\n"),
+                                         parsedSource("pairing/C.hpp", "#include \"relay/D.hpp\"\n")};
+  EXPECT_THAT(roomCircles(rooms), ElementsAre("pairing -> relay -> pairing"));
+}
+
+TEST(LayoutRules, findPlatformLeaks) {
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "#ifdef __linux__\n#endif\n")}), ElementsAre(HasSubstr("conditional")));
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "auto t = std::chrono::steady_clock::now();\n")}),
+              ElementsAre(HasSubstr("app/A.cpp:1: a clock read")));
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "std::this_thread::sleep_for(s);\n")}), ElementsAre(HasSubstr("sleep")));
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "auto h = std::getenv(\"HOME\");\n")}),
+              ElementsAre(HasSubstr("environment")));
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "// getenv is for backends\nauto s = \"getenv\";\n")}), IsEmpty());
+  EXPECT_THAT(platformLeaks({parsedSource("platform/linux/A.cpp", "getenv(\"HOME\");\n")}), IsEmpty());
+}
+
+TEST(LayoutRules, countTheOperationsOfAnInterface) {
+  std::string text = "class Wide {\n public:\n  virtual ~Wide() = default;\n";
+  for (int i = 0; i < 9; ++i) text += "  virtual void f" + std::to_string(i) + "() = 0;\n";
+  EXPECT_THAT(brokenSeamRules({parsedSource("platform/Wide.hpp", text + "};\n")}),
+              ElementsAre("platform/Wide.hpp: Wide has more than eight operations"));
+}
+
+}  // namespace
+}  // namespace tallyfox::layout
