@@ -1,0 +1,103 @@
+#include "base/Text.hpp"
+
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tallyfox {
+namespace {
+
+// ICU's macro narrows its own intermediate values.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+/// Calls visit(code point, its bytes) for each one; an ill-formed sequence comes as a negative code point.
+template <typename Visit>
+void forEachCodePoint(std::string_view text, Visit visit) {
+  const char* const bytes = text.data();
+  const auto length = static_cast<std::int64_t>(text.size());
+  for (std::int64_t at = 0; at < length;) {
+    const std::int64_t begin = at;
+    UChar32 codePoint = 0;
+    U8_NEXT(bytes, at, length, codePoint);
+    visit(codePoint, text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(at - begin)));
+  }
+}
+#pragma GCC diagnostic pop
+
+constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
+
+bool isWhiteSpace(UChar32 codePoint) {
+  return codePoint >= 0 && u_isUWhiteSpace(codePoint) != 0;
+}
+
+}  // namespace
+
+bool isValidUtf8(std::string_view text) {
+  bool valid = true;
+  forEachCodePoint(text, [&](UChar32 codePoint, std::string_view) { valid = valid && codePoint >= 0; });
+  return valid;
+}
+
+std::string repairedUtf8(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  forEachCodePoint(text, [&](UChar32 codePoint, std::string_view piece) {
+    result += codePoint >= 0 ? piece : replacementCharacter;
+  });
+  return result;
+}
+
+std::string trimmed(std::string_view text) {
+  const std::string repaired = repairedUtf8(text);
+  std::size_t begin = repaired.size();
+  std::size_t end = 0;
+  std::size_t at = 0;
+  forEachCodePoint(repaired, [&](UChar32 codePoint, std::string_view piece) {
+    if (!isWhiteSpace(codePoint)) {
+      begin = std::min(begin, at);
+      end = at + piece.size();
+    }
+    at += piece.size();
+  });
+  return begin < end ? repaired.substr(begin, end - begin) : std::string();
+}
+
+std::string withCollapsedWhiteSpace(std::string_view text) {
+  std::string result;
+  bool inRun = false;
+  forEachCodePoint(text, [&](UChar32 codePoint, std::string_view piece) {
+    const bool white = isWhiteSpace(codePoint);
+    if (white && !inRun) result += ' ';
+    if (!white) result += codePoint >= 0 ? piece : replacementCharacter;
+    inRun = white;
+  });
+  return result;
+}
+
+std::string lowercased(std::string_view text) {
+  const std::string repaired = repairedUtf8(text);
+  std::string result;
+  icu::StringByteSink<std::string> sink(&result, static_cast<std::int32_t>(repaired.size()));
+  UErrorCode status = U_ZERO_ERROR;
+  icu::CaseMap::utf8ToLower("", 0, repaired, sink, nullptr, status);
+  return U_SUCCESS(status) ? result : repaired;
+}
+
+std::string normalizedText(std::string_view text) {
+  return lowercased(withCollapsedWhiteSpace(trimmed(text)));
+}
+
+std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
+  std::string result;
+  for (std::size_t at = 0; at < parts.size(); ++at) {
+    if (at > 0) result += separator;
+    result += parts[at];
+  }
+  return result;
+}
+
+}  // namespace tallyfox

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <expected>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tallyfox {
+
+/// The application as installed. Any thread; nothing changes while the process runs.
+class ApplicationBundle {
+ public:
+  virtual ~ApplicationBundle() = default;
+  /// "com.tallyfox.agent" when run as an installed application, absent for a bare build.
+  [[nodiscard]] virtual std::optional<std::string> bundleIdentifier() = 0;
+  /// Where the application lies, symbolic links resolved.
+  [[nodiscard]] virtual std::string path() = 0;
+  /// The folders that count as "the Applications folder", in order, without trailing "/".
+  [[nodiscard]] virtual std::vector<std::string> applicationDirectories() = 0;
+  /// The string members of the property list resource NAME.plist. Absent without the resource; an error text when it
+  /// cannot be read or is no dictionary. Members of other types are left out.
+  [[nodiscard]] virtual std::optional<std::expected<std::map<std::string, std::string>, std::string>> propertyList(
+      const std::string& name) = 0;
+};
+
+}  // namespace tallyfox
