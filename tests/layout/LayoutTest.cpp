@@ -1,6 +1,6 @@
 // The rooms keep to their include permits, form no circle, and leave the operating system, the clock, sleeping and the
-// environment to the backends. Each rule is also shown to fail on a breach, so that a silent rule cannot pass for a kept
-// one.
+// environment to the backends. Each rule is also shown to fail on a breach, so that a silent rule cannot pass for a
+// kept one.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,12 +19,24 @@ const std::vector<SourceFile>& product() {
   return files;
 }
 
-TEST(Layout, readsTheWholeTree) { EXPECT_GT(product().size(), 50U); }
-TEST(Layout, keepsTheIncludePermits) { EXPECT_THAT(brokenIncludePermits(product()), IsEmpty()); }
-TEST(Layout, hasNoIncludeCircle) { EXPECT_THAT(includeCircles(product()), IsEmpty()); }
-TEST(Layout, hasNoTwoRoomsThatIncludeEachOther) { EXPECT_THAT(roomCircles(product()), IsEmpty()); }
-TEST(Layout, leavesSystemClockSleepAndEnvironmentToTheBackends) { EXPECT_THAT(platformLeaks(product()), IsEmpty()); }
-TEST(Layout, keepsTheSeamSmallAndUnconditional) { EXPECT_THAT(brokenSeamRules(product()), IsEmpty()); }
+TEST(Layout, readsTheWholeTree) {
+  EXPECT_GT(product().size(), 50U);
+}
+TEST(Layout, keepsTheIncludePermits) {
+  EXPECT_THAT(brokenIncludePermits(product()), IsEmpty());
+}
+TEST(Layout, hasNoIncludeCircle) {
+  EXPECT_THAT(includeCircles(product()), IsEmpty());
+}
+TEST(Layout, hasNoTwoRoomsThatIncludeEachOther) {
+  EXPECT_THAT(roomCircles(product()), IsEmpty());
+}
+TEST(Layout, leavesSystemClockSleepAndEnvironmentToTheBackends) {
+  EXPECT_THAT(platformLeaks(product()), IsEmpty());
+}
+TEST(Layout, keepsTheSeamSmallAndUnconditional) {
+  EXPECT_THAT(brokenSeamRules(product()), IsEmpty());
+}
 
 TEST(LayoutRules, refuseAForbiddenRoom) {
   EXPECT_THAT(brokenIncludePermits({parsedSource("relay/A.cpp", "#include \"app/B.hpp\"\n")}),
@@ -35,7 +47,8 @@ TEST(LayoutRules, refuseAForbiddenRoom) {
               ElementsAre("detection/A.cpp: may not include actions/B.hpp"));
   EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/A.cpp", "#include \"app/B.hpp\"\n")}),
               ElementsAre("platform/linux/A.cpp: may not include app/B.hpp"));
-  EXPECT_THAT(brokenIncludePermits({parsedSource("attic/A.cpp", "")}), ElementsAre("attic/A.cpp: lies in no known room"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("attic/A.cpp", "")}),
+              ElementsAre("attic/A.cpp: lies in no known room"));
 }
 
 TEST(LayoutRules, refuseAToolkitOutsideABackend) {
@@ -61,19 +74,23 @@ TEST(LayoutRules, findCircles) {
 }
 
 TEST(LayoutRules, findPlatformLeaks) {
-  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "#ifdef __linux__\n#endif\n")}), ElementsAre(HasSubstr("conditional")));
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "#ifdef __linux__\n#endif\n")}),
+              ElementsAre(HasSubstr("conditional")));
   EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "auto t = std::chrono::steady_clock::now();\n")}),
               ElementsAre(HasSubstr("app/A.cpp:1: a clock read")));
-  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "std::this_thread::sleep_for(s);\n")}), ElementsAre(HasSubstr("sleep")));
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "std::this_thread::sleep_for(s);\n")}),
+              ElementsAre(HasSubstr("sleep")));
   EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "auto h = std::getenv(\"HOME\");\n")}),
               ElementsAre(HasSubstr("environment")));
-  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "// getenv is for backends\nauto s = \"getenv\";\n")}), IsEmpty());
+  EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "// getenv is for backends\nauto s = \"getenv\";\n")}),
+              IsEmpty());
   EXPECT_THAT(platformLeaks({parsedSource("platform/linux/A.cpp", "getenv(\"HOME\");\n")}), IsEmpty());
 }
 
 TEST(LayoutRules, countTheOperationsOfAnInterface) {
   std::string text = "class Wide {\n public:\n  virtual ~Wide() = default;\n";
-  for (int i = 0; i < 9; ++i) text += "  virtual void f" + std::to_string(i) + "() = 0;\n";
+  for (int i = 0; i < 9; ++i)
+    text += "  virtual void f" + std::to_string(i) + "() = 0;\n";
   EXPECT_THAT(brokenSeamRules({parsedSource("platform/Wide.hpp", text + "};\n")}),
               ElementsAre("platform/Wide.hpp: Wide has more than eight operations"));
 }

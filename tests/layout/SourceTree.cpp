@@ -42,9 +42,13 @@ const std::map<std::string, std::set<std::string>>& permits() {
 }
 
 /// A backend's main wires the agent, so it may see everything but another backend.
-bool isMain(const std::string& path) { return path.ends_with("/main.cpp") || path.ends_with("/main.mm"); }
+bool isMain(const std::string& path) {
+  return path.ends_with("/main.cpp") || path.ends_with("/main.mm");
+}
 
-bool isBackend(const std::string& room) { return room.starts_with("platform/"); }
+bool isBackend(const std::string& room) {
+  return room.starts_with("platform/");
+}
 
 /// Libraries that portable rooms may include by <...>; whatever else has a "/" or ends in ".h" is an OS or a toolkit.
 bool isPortableSystemInclude(const std::string& room, const std::string& header) {
@@ -63,15 +67,21 @@ std::string codeOnly(const std::string& text) {
     const bool digitSeparator = c == '\'' && i > 0 && std::isalnum(static_cast<unsigned char>(text[i - 1])) != 0;
     switch (in) {
       case In::code:
-        if (c == '/' && next == '/') in = In::lineComment;
-        else if (c == '/' && next == '*') in = In::blockComment;
-        else if (c == '"') in = In::string;
-        else if (c == '\'' && !digitSeparator) in = In::character;
+        if (c == '/' && next == '/')
+          in = In::lineComment;
+        else if (c == '/' && next == '*')
+          in = In::blockComment;
+        else if (c == '"')
+          in = In::string;
+        else if (c == '\'' && !digitSeparator)
+          in = In::character;
         if (in == In::lineComment || in == In::blockComment) result[i] = ' ';
         break;
       case In::lineComment:
-        if (c == '\n') in = In::code;
-        else result[i] = ' ';
+        if (c == '\n')
+          in = In::code;
+        else
+          result[i] = ' ';
         break;
       case In::blockComment:
         if (c != '\n') result[i] = ' ';
@@ -108,7 +118,8 @@ std::vector<std::string> circles(const std::map<std::string, std::set<std::strin
     for (const auto& target : edges == graph.end() ? std::set<std::string>{} : edges->second) {
       if (state[target] == 1) {
         std::string circle;
-        for (auto at = std::find(trail.begin(), trail.end(), target); at != trail.end(); ++at) circle += *at + " -> ";
+        for (auto at = std::find(trail.begin(), trail.end(), target); at != trail.end(); ++at)
+          circle += *at + " -> ";
         found.push_back(circle + target);
       } else if (state[target] == 0) {
         visit(target);
@@ -131,8 +142,10 @@ SourceFile parsedSource(std::string path, const std::string& text) {
   for (std::string line; std::getline(lines, line);) {
     std::smatch match;
     if (!std::regex_search(line, match, includeLine)) continue;
-    if (match[1].matched) file.includes.push_back(match[1]);
-    else file.systemIncludes.push_back(match[2]);
+    if (match[1].matched)
+      file.includes.push_back(match[1]);
+    else
+      file.systemIncludes.push_back(match[2]);
   }
   return file;
 }
@@ -175,7 +188,8 @@ std::vector<std::string> brokenIncludePermits(const std::vector<SourceFile>& fil
 
 std::vector<std::string> includeCircles(const std::vector<SourceFile>& files) {
   std::map<std::string, std::set<std::string>> graph;
-  for (const auto& file : files) graph[file.path].insert(file.includes.begin(), file.includes.end());
+  for (const auto& file : files)
+    graph[file.path].insert(file.includes.begin(), file.includes.end());
   return circles(graph);
 }
 
@@ -189,9 +203,11 @@ std::vector<std::string> roomCircles(const std::vector<SourceFile>& files) {
 
 std::vector<std::string> platformLeaks(const std::vector<SourceFile>& files) {
   static const std::vector<std::pair<std::regex, std::string>> leaks = {
-      {std::regex(R"(#\s*(if|ifdef|ifndef|elif)\b.*(__APPLE__|__linux__|__linux\b|_WIN32|__unix__|__MACH__|TARGET_OS_))"),
+      {std::regex(
+           R"(#\s*(if|ifdef|ifndef|elif)\b.*(__APPLE__|__linux__|__linux\b|_WIN32|__unix__|__MACH__|TARGET_OS_))"),
        "an operating-system conditional"},
-      {std::regex(R"((system_clock|steady_clock|high_resolution_clock|utc_clock|file_clock)\s*::\s*now)"), "a clock read"},
+      {std::regex(R"((system_clock|steady_clock|high_resolution_clock|utc_clock|file_clock)\s*::\s*now)"),
+       "a clock read"},
       {std::regex(R"(\b(clock_gettime|gettimeofday|time\s*\(\s*(NULL|nullptr|0)\s*\)))"), "a clock read"},
       {std::regex(R"(\b(sleep_for|sleep_until|usleep|nanosleep|sleep\s*\(\s*\d))"), "a sleep"},
       {std::regex(R"(\b(secure_getenv|getenv|setenv|putenv|environ)\b)"), "an environment read"},

@@ -8,10 +8,10 @@ namespace tallyfox::layout {
 
 /// One source file with what the layout rules look at.
 struct SourceFile {
-  std::string path;                    ///< relative to the root that was read, "/" between parts
-  std::vector<std::string> includes;   ///< quoted includes as written
+  std::string path;                   ///< relative to the root that was read, "/" between parts
+  std::vector<std::string> includes;  ///< quoted includes as written
   std::vector<std::string> systemIncludes;
-  std::string code;                    ///< text without comments and string contents, line structure kept
+  std::string code;  ///< text without comments and string contents, line structure kept
 };
 
 /// All C++ sources below `root`, sorted by path.
