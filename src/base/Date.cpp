@@ -44,6 +44,9 @@ class FieldReader {
   std::string_view rest_;
 };
 
+constexpr Date firstWritable = std::chrono::sys_days(std::chrono::year(0) / 1 / 1);
+constexpr Date endOfWritable = std::chrono::sys_days(std::chrono::year(10'000) / 1 / 1);
+
 std::optional<std::chrono::minutes> parsedZone(FieldReader& reader) {
   if (reader.take('Z')) return std::chrono::minutes(0);
   const bool east = reader.take('+');
@@ -88,8 +91,11 @@ std::optional<Date> parsedISO8601(std::string_view text) {
   const std::chrono::year_month_day date(std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
                                          std::chrono::day(static_cast<unsigned>(*day)));
   if (!zone || !reader.atEnd() || !date.ok() || *hour > 23 || *minute > 59 || *second > 59) return std::nullopt;
-  return Date(std::chrono::sys_days(date)) + std::chrono::hours(*hour) + std::chrono::minutes(*minute) +
-         std::chrono::seconds(*second) + *fraction - *zone;
+  const Date moment = Date(std::chrono::sys_days(date)) + std::chrono::hours(*hour) + std::chrono::minutes(*minute) +
+                      std::chrono::seconds(*second) + *fraction - *zone;
+  // An offset can lead out of the years that have four digits, and so out of what can be written.
+  if (moment < firstWritable || moment >= endOfWritable) return std::nullopt;
+  return moment;
 }
 
 }  // namespace tallyfox

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -13,28 +13,53 @@
 namespace tallyfox {
 namespace {
 
-/// Nesting of a JSON text, seen without parsing it: brackets outside of strings.
-std::size_t nestingDepth(std::string_view text) {
-  std::size_t depth = 0;
-  std::size_t deepest = 0;
-  bool inString = false;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char c = text[at];
-    if (inString) {
-      if (c == '\\')
-        ++at;
-      else if (c == '"')
-        inString = false;
-    } else if (c == '"') {
-      inString = true;
-    } else if (c == '[' || c == '{') {
-      deepest = std::max(deepest, ++depth);
-    } else if ((c == ']' || c == '}') && depth > 0) {
-      --depth;
+/// The first bound that the brackets and commas of a text break, seen without parsing it. A text that is no JSON may
+/// pass: the parser refuses it.
+class BoundsScanner {
+ public:
+  std::optional<DecodingError> broken(std::string_view text) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      const char c = text[at];
+      if (inString_) {
+        if (c == '\\')
+          ++at;
+        else if (c == '"')
+          inString_ = false;
+      } else if (c == '"') {
+        inString_ = true;
+      } else if (!enter(c)) {
+        return DecodingError{"The text is nested too deeply."};
+      } else if (!separate(c)) {
+        return DecodingError{"An object has too many members."};
+      }
     }
+    return std::nullopt;
   }
-  return deepest;
-}
+
+ private:
+  bool enter(char c) {
+    if (c == '[' || c == '{') {
+      if (depth_ == limits::jsonDepth) return false;
+      levels_[depth_++] = {c == '{', 1};
+    } else if ((c == ']' || c == '}') && depth_ > 0) {
+      --depth_;
+    }
+    return true;
+  }
+  bool separate(char c) {
+    if (c != ',' || depth_ == 0) return true;
+    Level& level = levels_[depth_ - 1];
+    return !level.isObject || ++level.members <= limits::jsonMembers;
+  }
+
+  struct Level {
+    bool isObject = false;
+    std::size_t members = 0;
+  };
+  std::array<Level, limits::jsonDepth> levels_{};
+  std::size_t depth_ = 0;
+  bool inString_ = false;
+};
 
 DecodingError missing(std::string_view key) {
   return {fmt::format("The member \"{}\" is missing.", key)};
@@ -54,7 +79,9 @@ const Json& nullJson() {
 std::expected<Json, DecodingError> parsedJson(std::string_view text) {
   if (text.size() > limits::frameBytes) return std::unexpected(DecodingError{"The text is too large."});
   if (!isValidUtf8(text)) return std::unexpected(DecodingError{"The text is not valid UTF-8."});
-  if (nestingDepth(text) > limits::jsonDepth) return std::unexpected(DecodingError{"The text is nested too deeply."});
+  // The parser would take a NUL byte for the end of the text and not look at what follows.
+  if (text.find('\0') != std::string_view::npos) return std::unexpected(DecodingError{"The text holds a NUL byte."});
+  if (auto error = BoundsScanner().broken(text)) return std::unexpected(std::move(*error));
   Json value = Json::parse(text, nullptr, false);
   if (value.is_discarded()) return std::unexpected(DecodingError{"The text is not valid JSON."});
   return value;

@@ -13,6 +13,8 @@ inline constexpr std::size_t outgoingBytes = 4 * frameBytes;
 inline constexpr std::size_t httpHeadBytes = 16U * 1024U;
 /// Nesting of any JSON text that is read; our own messages nest 4 deep.
 inline constexpr std::size_t jsonDepth = 64;
+/// Members of one JSON object that is read: our records have at most 16, and members are looked up one by one.
+inline constexpr std::size_t jsonMembers = 1024;
 /// Configuration and preference files beyond this are not ours: they hold a few hundred bytes.
 inline constexpr std::size_t storedFileBytes = 1U * 1024U * 1024U;
 

@@ -117,6 +117,7 @@ std::optional<std::string> Url::text() const {
   const bool hasAuthority = host || user || port;
   if (hasAuthority && !path.empty() && !path.starts_with('/')) return std::nullopt;
   if (!hasAuthority && path.starts_with("//")) return std::nullopt;
+  if (!hasAuthority && !scheme && path.find(':') < path.find('/')) return std::nullopt;
   std::string result;
   if (scheme) result += *scheme + ":";
   if (hasAuthority) {

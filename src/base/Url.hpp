@@ -20,7 +20,8 @@ struct Url {
   /// Absent when the text is not a URI reference: forbidden characters, a port that is no number up to 65535,
   /// a bad percent-encoding, an unclosed bracket.
   [[nodiscard]] static std::optional<Url> parsed(std::string_view text);
-  /// The reference as text; absent when the parts form none (an authority with a relative path).
+  /// The reference as text; absent when the parts form none (an authority with a relative path, a
+  /// path that would be read as something else).
   [[nodiscard]] std::optional<std::string> text() const;
 
   bool operator==(const Url&) const = default;

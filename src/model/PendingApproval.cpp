@@ -58,7 +58,7 @@ double PendingApproval::matchScore(const PendingApproval& other) const {
     return 0;
   const double distance = std::hypot(windowFrame.centerX() - other.windowFrame.centerX(),
                                      windowFrame.centerY() - other.windowFrame.centerY());
-  return std::max(500 - distance, 1.0);
+  return std::max(1.0, 500 - distance);  // in this order also 1 when a centre lies beyond all numbers
 }
 
 Json PendingApproval::json() const {

@@ -1,0 +1,57 @@
+#include "relay/RelayCrypto.hpp"
+
+#include <cstdint>
+#include <utility>
+
+#include "base/Encoding.hpp"
+#include "base/Text.hpp"
+
+namespace tallyfox {
+namespace {
+
+std::unexpected<CryptoError> invalidCiphertext() {
+  return std::unexpected(CryptoError{"The ciphertext is not valid."});
+}
+
+}  // namespace
+
+Json EncryptedRelayPayload::json() const {
+  return {{"version", version}, {"nonce", nonce}, {"ciphertext", ciphertext}};
+}
+
+std::expected<EncryptedRelayPayload, DecodingError> EncryptedRelayPayload::decoded(const Json& value) {
+  JsonObjectReader reader(value);
+  EncryptedRelayPayload payload;
+  payload.version = reader.integer("version", INT64_MIN, INT64_MAX);
+  payload.nonce = reader.string("nonce");
+  payload.ciphertext = reader.string("ciphertext");
+  return reader.finish(std::move(payload));
+}
+
+AesKey RelayCrypto::key(std::string_view secret) {
+  return sha256(bytesOf(trimmed(secret)));
+}
+
+std::expected<EncryptedRelayPayload, CryptoError> RelayCrypto::seal(ByteView plaintext, std::string_view secret) {
+  AesGcmNonce nonce{};
+  if (!fillWithSecureRandom(nonce)) return std::unexpected(CryptoError{"No secure random bytes are available."});
+  const auto combined = aesGcmSealed(key(secret), nonce, plaintext);
+  if (!combined) return std::unexpected(combined.error());
+  return EncryptedRelayPayload{1, base64Encoded(nonce), base64Encoded(*combined)};
+}
+
+std::expected<Bytes, CryptoError> RelayCrypto::open(const EncryptedRelayPayload& payload, std::string_view secret) {
+  const auto combined = base64Decoded(payload.ciphertext);
+  if (!combined) return invalidCiphertext();
+  return aesGcmOpened(key(secret), *combined);
+}
+
+std::string RelayCrypto::snapshotID(const std::vector<PendingApproval>& approvals) {
+  std::vector<std::string> entries;
+  entries.reserve(approvals.size());
+  for (const auto& approval : approvals)
+    entries.push_back(approval.id.text() + ":" + joined(approval.buttonLabels(), ","));
+  return hexEncoded(sha256(bytesOf(joined(entries, "|"))));
+}
+
+}  // namespace tallyfox
