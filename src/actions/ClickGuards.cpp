@@ -1,0 +1,88 @@
+#include "actions/ClickGuards.hpp"
+
+#include <algorithm>
+
+#include "actions/SemanticButton.hpp"
+#include "base/Limits.hpp"
+
+namespace tallyfox {
+
+namespace {
+
+bool contains(const std::vector<AXUIElement>& elements, const AXUIElement& element) {
+  return std::ranges::find(elements, element) != elements.end();
+}
+
+}  // namespace
+
+bool ClickGuards::isEnabled(const AXUIElement& element) const {
+  return helpers_.boolAttribute(element, AXAttribute::enabled).value_or(true);
+}
+
+bool ClickGuards::matchesApprovedButton(const AXUIElement& element, const ResolvedDialogButton& resolved) const {
+  return element == resolved.element && helpers_.label(element) == resolved.button.label && isEnabled(element);
+}
+
+bool ClickGuards::isElementStillAlive(const AXUIElement& element) const {
+  return !helpers_.role(element).empty() && helpers_.frame(element).has_value();
+}
+
+bool ClickGuards::isFocusedTarget(const AXUIElement& window, std::optional<std::int32_t> processIdentifier) const {
+  if (!processIdentifier) return false;
+  const auto focusedWindow = helpers_.focusedWindow();
+  if (!focusedWindow || helpers_.elements().processIdentifier(*focusedWindow) != *processIdentifier) return false;
+  if (*focusedWindow == window) return true;
+  const auto focusedElement = helpers_.focusedElement();
+  if (!focusedElement) return false;
+  return helpers_
+      .nearest(*focusedElement, limits::windowAncestors,
+               [&window](const AXUIElement& ancestor) { return ancestor == window; })
+      .has_value();
+}
+
+std::optional<AXUIElement> ClickGuards::approvedSemanticButton(const AXUIElement& window,
+                                                               const ResolvedDialogButton& resolved) const {
+  const auto semantic = semanticButton(resolved.button.label);
+  if (!semantic) return std::nullopt;
+  auto button = helpers_.elementAttribute(window, semantic->windowAttribute);
+  if (!button || !isEnabled(*button)) return std::nullopt;
+  if (*button != resolved.element && helpers_.label(*button) != resolved.button.label) return std::nullopt;
+  return button;
+}
+
+std::optional<AXUIElement> ClickGuards::approvedButtonAt(AXPoint point, const std::vector<AXUIElement>& targetWindows,
+                                                         const ResolvedDialogButton& resolved) const {
+  Accessibility& accessibility = helpers_.accessibility();
+  helpers_.elements().setMessagingTimeout(accessibility.systemWideElement(), messagingTimeout);
+  const auto hit = accessibility.elementAtPosition(point);
+  if (!hit) return std::nullopt;
+  auto button = helpers_.nearestButton(*hit, limits::buttonAncestors);
+  if (!button || !hitButtonBelongsToTarget(*button, targetWindows)) return std::nullopt;
+  if (!matchesApprovedButton(*button, resolved)) return std::nullopt;
+  return button;
+}
+
+bool ClickGuards::hitButtonBelongsToTarget(const AXUIElement& button,
+                                           const std::vector<AXUIElement>& targetWindows) const {
+  return helpers_
+      .nearest(button, limits::windowAncestors,
+               [&targetWindows](const AXUIElement& ancestor) { return contains(targetWindows, ancestor); })
+      .has_value();
+}
+
+std::vector<AXUIElement> ClickGuards::windowsForAction(const ResolvedDialogButton& resolved,
+                                                       const AXUIElement& fallback) const {
+  std::vector<AXUIElement> windows = {resolved.window};
+  const auto append = [&windows](const AXUIElement& window) {
+    if (!contains(windows, window)) windows.push_back(window);
+  };
+  append(fallback);
+  // Never satisfied: the whole way up is wanted.
+  (void)helpers_.nearest(resolved.element, limits::windowAncestors, [&](const AXUIElement& ancestor) {
+    if (helpers_.isWindow(ancestor)) append(ancestor);
+    return false;
+  });
+  return windows;
+}
+
+}  // namespace tallyfox
