@@ -1,0 +1,144 @@
+#include "app/AppDelegate.hpp"
+
+#include <utility>
+
+#include "actions/ClickExecutor.hpp"
+#include "actions/DialogFocusResolver.hpp"
+#include "app/AgentConfiguration.hpp"
+#include "app/AgentLifecycle.hpp"
+#include "app/ApprovalStore.hpp"
+#include "app/ApprovalSuppressionStore.hpp"
+#include "app/NotificationPauseStore.hpp"
+#include "app/RelaySession.hpp"
+#include "app/RemoteDecisions.hpp"
+#include "app/ScanCycle.hpp"
+#include "detection/DialogDetector.hpp"
+#include "detection/DialogScanWorker.hpp"
+#include "pairing/PairingConfiguration.hpp"
+
+namespace tallyfox {
+namespace {
+
+/// What a scan touches on its own thread. A scan under way shares it, so that it may outlive the agent.
+struct Detection {
+  explicit Detection(const AgentPlatform& platform)
+      : suppressionStore(platform.defaults),
+        detector({.accessibility = platform.accessibility,
+                  .elements = platform.accessibilityElements,
+                  .applications = platform.applications,
+                  .windowList = platform.windowList,
+                  .clock = platform.clock,
+                  .console = platform.console,
+                  .isSuppressed = [this](const Uuid& suppressionID) { return suppressionStore.contains(suppressionID); },
+                  .diagnosticsEnabled = [configuration = AgentConfiguration(platform.environment)] {
+                    return configuration.dialogDiagnostics();
+                  }}),
+        worker(detector, platform.scanQueue, platform.mainQueue) {}
+
+  ApprovalSuppressionStore suppressionStore;
+  DialogDetector detector;
+  DialogScanWorker worker;
+};
+
+}  // namespace
+
+struct AppDelegate::Parts {
+  Parts(AgentPlatform givenPlatform, AgentInterface& givenInterface);
+
+  AgentPlatform platform;
+  AgentInterface& interface;
+  AgentConfiguration configuration;
+  std::shared_ptr<Detection> detection;
+  ApprovalStore store;
+  NotificationPauseStore notificationPauseStore;
+  PairingConfiguration pairing;
+  DialogFocusResolver focusResolver;
+  ClickExecutor clickExecutor;
+  ScanCycle scanCycle;
+  RemoteDecisions remoteDecisions;
+  RelaySession relaySession;
+  AgentLifecycle lifecycle;
+};
+
+AppDelegate::Parts::Parts(AgentPlatform givenPlatform, AgentInterface& givenInterface)
+    : platform(std::move(givenPlatform)),
+      interface(givenInterface),
+      configuration(platform.environment),
+      detection(std::make_shared<Detection>(platform)),
+      store(configuration.approvalStaleGrace(), platform.clock),
+      notificationPauseStore(platform.defaults, platform.clock),
+      pairing({.environment = platform.environment,
+               .bundle = platform.bundle,
+               .defaults = platform.defaults,
+               .keychain = platform.keychain,
+               .console = platform.console}),
+      focusResolver(detection->detector),
+      clickExecutor({.accessibility = platform.accessibility,
+                     .elements = platform.accessibilityElements,
+                     .input = platform.syntheticInput,
+                     .clock = platform.clock}),
+      scanCycle({.mainQueue = platform.mainQueue,
+                 .console = platform.console,
+                 .accessibility = platform.accessibility,
+                 .bundle = platform.bundle,
+                 .notifications = platform.notifications,
+                 .interface = interface,
+                 .configuration = configuration,
+                 .pairing = pairing,
+                 .store = store,
+                 .pauseStore = notificationPauseStore,
+                 .scan =
+                     [detected = detection](std::function<void(std::vector<PendingApproval>)> completion) {
+                       detected->worker.scan([detected, completion = std::move(completion)](
+                                                 std::vector<PendingApproval> approvals) { completion(std::move(approvals)); });
+                     },
+                 .publishSnapshot =
+                     [this](const std::vector<PendingApproval>& approvals, bool accessibilityTrusted, bool force) {
+                       relaySession.publishSnapshot(approvals, accessibilityTrusted, force);
+                     }}),
+      remoteDecisions({.store = store,
+                       .resolver = focusResolver,
+                       .executor = clickExecutor,
+                       .accessibility = platform.accessibility,
+                       .elements = platform.accessibilityElements,
+                       .console = platform.console}),
+      relaySession({.mainQueue = platform.mainQueue,
+                    .makeQueue = platform.makeQueue,
+                    .clock = platform.clock,
+                    .console = platform.console,
+                    .http = platform.http,
+                    .webSockets = platform.webSockets,
+                    .pairing = pairing,
+                    .store = store,
+                    .suppressionStore = detection->suppressionStore,
+                    .scanCycle = scanCycle,
+                    .interface = interface,
+                    .decide = [this](const ApprovalRequestEnvelope& envelope) { return remoteDecisions.carryOut(envelope); }}),
+      lifecycle({.platform = platform,
+                 .interface = interface,
+                 .configuration = configuration,
+                 .pairing = pairing,
+                 .scanCycle = scanCycle,
+                 .relaySession = relaySession}) {}
+
+AppDelegate::AppDelegate(AgentPlatform platform, AgentInterface& interface)
+    : parts_(std::make_unique<Parts>(std::move(platform), interface)) {}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() { parts_->lifecycle.start(); }
+
+bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
+  showStatusWindow();
+  return true;
+}
+
+void AppDelegate::applicationWillTerminate() { parts_->lifecycle.stop(); }
+
+void AppDelegate::quit() { parts_->platform.terminateApplication(); }
+
+void AppDelegate::showStatusWindow() { parts_->interface.showStatusWindow(); }
+
+void AppDelegate::unpairPhoneFromStatusWindow() { parts_->relaySession.unpairPhoneFromStatusWindow(); }
+
+}  // namespace tallyfox
