@@ -1,0 +1,208 @@
+#include "platform/linux/AtspiBus.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+
+namespace tallyfox::linux_os {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// The messaging time-out with which every application starts.
+constexpr std::chrono::milliseconds initialTimeout{200};
+/// Greeting of the bus itself, which may just be starting.
+constexpr std::chrono::milliseconds connectTimeout{1000};
+/// Calls sent ahead of one peer's answers. The dearest takes about 0.3 ms there, so the last of them still has nine
+/// tenths of its time-out left when its turn comes; more would not be faster, since the peer's own work is the limit.
+constexpr std::size_t callsInFlight = 64;
+/// Peers of whom something is remembered; beyond, those that are well are forgotten. A desktop runs some dozens.
+constexpr std::size_t rememberedPeers = 512;
+
+int append(sd_bus_message* message, const AtspiArgument& argument) {
+  if (const auto* text = std::get_if<std::string>(&argument)) return sd_bus_message_append_basic(message, 's', text->c_str());
+  if (const auto* number = std::get_if<std::int32_t>(&argument)) return sd_bus_message_append_basic(message, 'i', number);
+  return sd_bus_message_append_basic(message, 'u', std::get_if<std::uint32_t>(&argument));
+}
+
+AXError errorNamed(std::string_view name) {
+  constexpr auto goneNames = std::to_array<std::string_view>(
+      {SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER, SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_DISCONNECTED,
+       SD_BUS_ERROR_NO_REPLY});
+  constexpr auto slowNames = std::to_array<std::string_view>({SD_BUS_ERROR_TIMEOUT, "org.freedesktop.DBus.Error.TimedOut"});
+  if (std::ranges::find(goneNames, name) != goneNames.end()) return AXError::invalidElement;
+  if (std::ranges::find(slowNames, name) != slowNames.end()) return AXError::cannotComplete;
+  return AXError::unsupported;
+}
+
+}  // namespace
+
+/// A call that was sent and not yet answered.
+struct AtspiBus::Flight {
+  AtspiBus& bus;
+  std::string busName;
+  Peer& peer;
+  Handler handler;
+  Clock::time_point sentAt;
+  std::chrono::microseconds timeout;
+  SdBusSlotHandle slot;
+};
+
+std::expected<std::unique_ptr<AtspiBus>, std::string> AtspiBus::connect(const std::string& address) {
+  auto bus = connectedBus(address, connectTimeout);
+  if (!bus) return std::unexpected(bus.error());
+  return std::unique_ptr<AtspiBus>(new AtspiBus(std::move(*bus)));
+}
+
+AtspiBus::AtspiBus(SdBusHandle bus) : bus_(std::move(bus)) {}
+
+AtspiBus::~AtspiBus() {
+  for (auto& [name, peer] : peers_) {
+    for (Flight* flight : peer.inFlight)
+      delete flight;
+  }
+}
+
+bool AtspiBus::isOpen() const { return sd_bus_is_open(bus_.get()) > 0; }
+
+AtspiBus::Peer& AtspiBus::peer(const std::string& busName) {
+  const auto [place, isNew] = peers_.try_emplace(busName);
+  if (isNew) {
+    const auto known = timeouts_.find(busName);
+    place->second.timeout = known == timeouts_.end() ? initialTimeout : known->second;
+  }
+  return place->second;
+}
+
+void AtspiBus::setTimeout(const std::string& busName, std::chrono::microseconds timeout) {
+  if (timeout == initialTimeout) {
+    timeouts_.erase(busName);
+  } else {
+    timeouts_[busName] = timeout;
+  }
+  if (const auto known = peers_.find(busName); known != peers_.end()) known->second.timeout = timeout;
+}
+
+void AtspiBus::send(AtspiCall call, Handler handler) {
+  ++unanswered_;
+  Peer& target = peer(call.target.busName);
+  if (target.probe) {
+    refused_.emplace_back(std::move(handler), AXError::cannotComplete);
+    return;
+  }
+  target.waiting.emplace_back(std::move(call), std::move(handler));
+  sendWaiting(target);
+}
+
+void AtspiBus::sendWaiting(Peer& peer) {
+  while (!peer.waiting.empty() && peer.inFlight.size() < callsInFlight) {
+    auto [call, handler] = std::move(peer.waiting.front());
+    peer.waiting.pop_front();
+    if (!sendNow(peer, std::move(call), handler)) refused_.emplace_back(std::move(handler), AXError::cannotComplete);
+  }
+}
+
+bool AtspiBus::sendNow(Peer& peer, AtspiCall call, Handler& handler) {
+  sd_bus_message* made = nullptr;
+  int result = sd_bus_message_new_method_call(bus_.get(), &made, call.target.busName.c_str(), call.target.path.c_str(),
+                                              call.interface, call.member);
+  const SdBusMessageHandle message(made);
+  for (std::size_t index = 0; result >= 0 && index < call.arguments.size(); ++index)
+    result = append(message.get(), call.arguments[index]);
+  if (result < 0) return false;
+
+  // The connection holds the flight until it lands; ~AtspiBus frees what never does.
+  const auto timeout = std::max(timeoutOfAll_.value_or(peer.timeout), std::chrono::microseconds(1));
+  auto flight = std::unique_ptr<Flight>(new Flight{*this, call.target.busName, peer, {}, Clock::now(), timeout, nullptr});
+  sd_bus_slot* slot = nullptr;
+  result = sd_bus_call_async(bus_.get(), &slot, message.get(), onReply, flight.get(),
+                             static_cast<std::uint64_t>(timeout.count()));
+  if (result < 0) return false;
+  flight->slot.reset(slot);
+  flight->handler = std::move(handler);
+  peer.inFlight.insert(flight.release());
+  return true;
+}
+
+int AtspiBus::onReply(sd_bus_message* message, void* flight, sd_bus_error* /*error*/) {
+  auto* landing = static_cast<Flight*>(flight);
+  landing->bus.land(landing, message);
+  return 1;
+}
+
+void AtspiBus::land(Flight* flight, sd_bus_message* message) {
+  const std::unique_ptr<Flight> landing(flight);
+  Peer& target = flight->peer;
+  target.inFlight.erase(flight);
+  --unanswered_;
+  Answer answer = message;
+  if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
+    // The bus says "no reply" also for a program that ended; one that is hung is known by the time that passed.
+    const bool isTimeout = std::string_view(error->name) == SD_BUS_ERROR_NO_REPLY && isOpen() &&
+                           Clock::now() - flight->sentAt >= flight->timeout;
+    answer = std::unexpected(isTimeout ? AXError::cannotComplete : errorNamed(error->name));
+    if (isTimeout) {
+      probe(flight->busName, target);
+      refuseAll(target, AXError::cannotComplete);
+    }
+  }
+  sendWaiting(target);
+  flight->handler(answer);
+}
+
+/// Every D-Bus library answers a ping from the program's own loop: the first sign of life.
+void AtspiBus::probe(const std::string& busName, Peer& peer) {
+  sd_bus_message* made = nullptr;
+  int result = sd_bus_message_new_method_call(bus_.get(), &made, busName.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
+  const SdBusMessageHandle message(made);
+  sd_bus_slot* slot = nullptr;
+  if (result >= 0) result = sd_bus_call_async(bus_.get(), &slot, message.get(), onProbeAnswer, &peer, UINT64_MAX);
+  if (result >= 0) peer.probe.reset(slot);
+}
+
+int AtspiBus::onProbeAnswer(sd_bus_message* /*message*/, void* peer, sd_bus_error* /*error*/) {
+  static_cast<Peer*>(peer)->probe.reset();
+  return 1;
+}
+
+void AtspiBus::catchUp() {
+  while (sd_bus_process(bus_.get(), nullptr) > 0) {
+  }
+  if (peers_.size() < rememberedPeers) return;
+  std::erase_if(peers_, [](const auto& entry) { return !entry.second.probe; });
+}
+
+void AtspiBus::refuseAll(Peer& peer, AXError error) {
+  for (Flight* flight : peer.inFlight) {
+    refused_.emplace_back(std::move(flight->handler), error);
+    delete flight;
+  }
+  peer.inFlight.clear();
+  for (auto& [call, handler] : peer.waiting)
+    refused_.emplace_back(std::move(handler), error);
+  peer.waiting.clear();
+}
+
+void AtspiBus::refuseAll(AXError error) {
+  for (auto& [name, peer] : peers_)
+    refuseAll(peer, error);
+}
+
+void AtspiBus::run() {
+  while (unanswered_ > 0) {
+    if (!refused_.empty()) {
+      auto [handler, error] = std::move(refused_.front());
+      refused_.pop_front();
+      --unanswered_;
+      handler(std::unexpected(error));
+      continue;
+    }
+    int result = sd_bus_process(bus_.get(), nullptr);
+    if (result > 0) continue;
+    if (result == 0) result = sd_bus_wait(bus_.get(), UINT64_MAX);
+    if (result < 0 && result != -EINTR) refuseAll(AXError::cannotComplete);
+  }
+}
+
+}  // namespace tallyfox::linux_os

@@ -1,0 +1,88 @@
+#include "platform/linux/AtspiSession.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace tallyfox::linux_os {
+namespace {
+
+/// Programs whose toolkit is remembered; beyond, all are asked again. A desktop runs some dozens.
+constexpr std::size_t rememberedToolkits = 512;
+
+}  // namespace
+
+AtspiSession::AtspiSession(std::shared_ptr<X11Desktop> desktop, std::string sessionBusAddress)
+    : desktop_(std::move(desktop)), status_(std::move(sessionBusAddress)) {}
+
+AtspiSession::~AtspiSession() = default;
+
+AtspiBus* AtspiSession::bus() {
+  if (bus_ && bus_->isOpen()) return bus_.get();
+  bus_.reset();
+  directory_ = RegistryDirectory();
+  toolkits_.clear();
+  const auto address = status_.accessibilityBusAddress();
+  if (!address) return nullptr;
+  auto bus = AtspiBus::connect(*address);
+  if (!bus) return nullptr;
+  bus_ = std::move(*bus);
+  return bus_.get();
+}
+
+void AtspiSession::beginQuestion() {
+  if (bus_) bus_->catchUp();
+}
+
+std::vector<AtspiReference> AtspiSession::rootsOf(std::int32_t processIdentifier) {
+  AtspiBus* connection = bus();
+  if (connection == nullptr) return {};
+  const std::vector<AtspiReference>& roots = directory_.rootsOf(processIdentifier, *connection);
+  if (const auto timeout = timeouts_.find(processIdentifier); timeout != timeouts_.end()) {
+    for (const AtspiReference& root : roots)
+      connection->setTimeout(root.busName, timeout->second);
+  }
+  return roots;
+}
+
+std::int32_t AtspiSession::processOf(const std::string& busName) {
+  AtspiBus* connection = bus();
+  return connection == nullptr ? 0 : directory_.processOf(busName, *connection);
+}
+
+void AtspiSession::setTimeout(std::int32_t processIdentifier, std::chrono::microseconds timeout) {
+  timeouts_[processIdentifier] = timeout;
+}
+
+std::optional<Toolkit> AtspiSession::toolkitOf(const std::string& busName) const {
+  const auto known = toolkits_.find(busName);
+  if (known == toolkits_.end()) return std::nullopt;
+  return known->second;
+}
+
+void AtspiSession::learnToolkit(const std::string& busName, Toolkit toolkit) {
+  if (toolkits_.size() >= rememberedToolkits) toolkits_.clear();
+  toolkits_[busName] = toolkit;
+}
+
+void AtspiSession::openScope(AtspiReading& scope) {
+  if (scopes_.empty()) {
+    beginQuestion();
+    if (AtspiBus* connection = bus()) directory_.refresh(*connection);
+  }
+  directory_.setFrozen(true);
+  scopes_.push_back({.reading = &scope});
+}
+
+void AtspiSession::closeScope(AtspiReading& scope) {
+  std::erase_if(scopes_, [&scope](const OpenScope& open) { return open.reading == &scope; });
+  directory_.setFrozen(!scopes_.empty());
+}
+
+AtspiReading* AtspiSession::scope() { return scopes_.empty() || scopes_.back().isEnded ? nullptr : scopes_.back().reading; }
+
+void AtspiSession::endReadings() {
+  for (OpenScope& open : scopes_)
+    open.isEnded = true;
+}
+
+}  // namespace tallyfox::linux_os

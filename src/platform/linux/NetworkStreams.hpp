@@ -1,0 +1,35 @@
+#pragma once
+
+#include <boost/asio/awaitable.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/ssl/ssl_stream.hpp>
+#include <chrono>
+#include <optional>
+
+#include "platform/WebSocketTransport.hpp"
+#include "platform/linux/NetworkAddress.hpp"
+#include "platform/linux/NetworkThread.hpp"
+
+namespace tallyfox::linux_os {
+
+using PlainStream = boost::beast::tcp_stream;
+using TlsStream = boost::beast::ssl_stream<PlainStream>;
+using NetworkDeadline = std::chrono::steady_clock::time_point;
+
+/// The moment `timeout` from now; far off for lengths that are no number or infinite.
+[[nodiscard]] NetworkDeadline deadlineAfter(Seconds timeout);
+
+/// Resolves the host and connects to the first of its addresses that answers; each has an equal share of the time that
+/// is left. Gives the failure, or nothing when connected.
+[[nodiscard]] boost::asio::awaitable<std::optional<TransportError>> connectStream(PlainStream& stream,
+                                                                                  const NetworkAddress& address,
+                                                                                  NetworkDeadline deadline);
+/// The same, then the TLS handshake with proof that the certificate is valid for the host.
+[[nodiscard]] boost::asio::awaitable<std::optional<TransportError>> connectStream(TlsStream& stream,
+                                                                                  const NetworkAddress& address,
+                                                                                  NetworkDeadline deadline);
+/// Drops the connection at once; pending operations fail.
+void closeStream(PlainStream& stream);
+void closeStream(TlsStream& stream);
+
+}  // namespace tallyfox::linux_os

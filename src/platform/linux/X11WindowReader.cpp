@@ -1,0 +1,261 @@
+#include "platform/linux/X11WindowReader.hpp"
+
+#include <xcb/res.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <set>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "platform/linux/X11WindowAnswers.hpp"
+#include "platform/linux/XcbReply.hpp"
+
+namespace tallyfox::linux_os {
+namespace {
+
+/// More windows than any desktop shows at once; the rest of a longer list is not read. In 32-bit items.
+constexpr std::uint32_t listedWindows = 4096;
+/// Texts and lists of one window, in 32-bit items: 4 KiB is beyond every title that a person could read.
+constexpr std::uint32_t propertyItems = 1024;
+/// Levels of frames around a client; window managers use one or two.
+constexpr int frameLevels = 8;
+
+std::array<xcb_atom_t, Asked::count> askedProperties(const X11Connection& connection) {
+  std::array<xcb_atom_t, Asked::count> atoms{};
+  atoms[Asked::pid] = connection.atom(X11Atom::netWmPid);
+  atoms[Asked::machine] = XCB_ATOM_WM_CLIENT_MACHINE;
+  atoms[Asked::netName] = connection.atom(X11Atom::netWmName);
+  atoms[Asked::name] = XCB_ATOM_WM_NAME;
+  atoms[Asked::wmClass] = XCB_ATOM_WM_CLASS;
+  atoms[Asked::gtkApplication] = connection.atom(X11Atom::gtkApplicationID);
+  atoms[Asked::kdeDesktopFile] = connection.atom(X11Atom::kdeDesktopFile);
+  atoms[Asked::transientFor] = XCB_ATOM_WM_TRANSIENT_FOR;
+  atoms[Asked::types] = connection.atom(X11Atom::netWmWindowType);
+  atoms[Asked::states] = connection.atom(X11Atom::netWmState);
+  atoms[Asked::wmState] = connection.atom(X11Atom::wmState);
+  atoms[Asked::desktop] = connection.atom(X11Atom::netWmDesktop);
+  atoms[Asked::frameExtents] = connection.atom(X11Atom::netFrameExtents);
+  atoms[Asked::gtkFrameExtents] = connection.atom(X11Atom::gtkFrameExtents);
+  atoms[Asked::opacity] = connection.atom(X11Atom::netWmWindowOpacity);
+  return atoms;
+}
+
+xcb_get_property_cookie_t propertyOf(const X11Connection& connection, xcb_window_t window, xcb_atom_t atom,
+                                     std::uint32_t items = propertyItems) {
+  return xcb_get_property(connection.get(), 0, window, atom, XCB_GET_PROPERTY_TYPE_ANY, 0, items);
+}
+
+std::optional<std::int32_t> processNumber(std::uint32_t value) {
+  if (value == 0 || value > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max())) return std::nullopt;
+  return static_cast<std::int32_t>(value);
+}
+
+/// Whether two names of machines mean the same one: equal, or equal up to the first dot when one lacks its domain.
+bool isSameMachine(std::string_view one, std::string_view other) {
+  if (one == other) return true;
+  if (one.find('.') != std::string_view::npos && other.find('.') != std::string_view::npos) return false;
+  return one.substr(0, one.find('.')) == other.substr(0, other.find('.'));
+}
+
+}  // namespace
+
+struct X11WindowReader::Questions {
+  XWindowID id = 0;
+  xcb_get_window_attributes_cookie_t attributes{};
+  xcb_get_geometry_cookie_t geometry{};
+  xcb_translate_coordinates_cookie_t origin{};
+  xcb_query_tree_cookie_t tree{};
+  std::array<xcb_get_property_cookie_t, Asked::count> properties{};
+};
+
+X11Property X11WindowReader::property(xcb_get_property_cookie_t question) const {
+  const auto reply = owned(xcb_get_property_reply(connection_.get(), question, nullptr));
+  if (!reply || reply->type == XCB_NONE) return {};
+  const int length = xcb_get_property_value_length(reply.get());
+  if (length < 0) return {};
+  return {reply->format,
+          std::string(static_cast<const char*>(xcb_get_property_value(reply.get())), static_cast<std::size_t>(length)),
+          reply->type == connection_.atom(X11Atom::utf8String)};
+}
+
+X11Screen X11WindowReader::screen() const {
+  const xcb_window_t root = connection_.root();
+  const auto stacking = propertyOf(connection_, root, connection_.atom(X11Atom::netClientListStacking), listedWindows);
+  const auto mapping = propertyOf(connection_, root, connection_.atom(X11Atom::netClientList), listedWindows);
+  const auto active = propertyOf(connection_, root, connection_.atom(X11Atom::netActiveWindow));
+  const auto desktopNumber = propertyOf(connection_, root, connection_.atom(X11Atom::netCurrentDesktop));
+
+  X11Screen screen;
+  const X11Property stackingOrder = property(stacking);
+  const X11Property mappingOrder = property(mapping);
+  if (const auto window = property(active).value(); window && *window != XCB_NONE) screen.active = window;
+  screen.currentDesktop = property(desktopNumber).value();
+
+  std::vector<XWindowID> listed = stackingOrder.exists() ? stackingOrder.values() : mappingOrder.values();
+  if (!stackingOrder.exists() && !mappingOrder.exists()) listed = unframedWindows();
+  std::unordered_set<XWindowID> seen = {XCB_NONE, root};
+  for (const XWindowID window : listed)
+    if (seen.insert(window).second) screen.managed.push_back(window);
+  return screen;
+}
+
+std::vector<XWindowID> X11WindowReader::unframedWindows() const {
+  const auto tree =
+      owned(xcb_query_tree_reply(connection_.get(), xcb_query_tree(connection_.get(), connection_.root()), nullptr));
+  if (!tree) return {};
+  const xcb_window_t* children = xcb_query_tree_children(tree.get());
+  const std::vector<XWindowID> windows(children, children + xcb_query_tree_children_length(tree.get()));
+  std::vector<xcb_get_window_attributes_cookie_t> questions;
+  for (const XWindowID window : windows)
+    questions.push_back(xcb_get_window_attributes(connection_.get(), window));
+  std::vector<XWindowID> managed;
+  for (std::size_t i = 0; i < windows.size(); ++i) {
+    const auto reply = owned(xcb_get_window_attributes_reply(connection_.get(), questions[i], nullptr));
+    if (reply && reply->map_state == XCB_MAP_STATE_VIEWABLE && reply->override_redirect == 0 &&
+        reply->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT)
+      managed.push_back(windows[i]);
+  }
+  return managed;
+}
+
+X11WindowReader::Questions X11WindowReader::ask(XWindowID window) const {
+  static_assert(Asked::count < 32);
+  Questions questions;
+  questions.id = window;
+  questions.attributes = xcb_get_window_attributes(connection_.get(), window);
+  questions.geometry = xcb_get_geometry(connection_.get(), window);
+  questions.origin = xcb_translate_coordinates(connection_.get(), window, connection_.root(), 0, 0);
+  questions.tree = xcb_query_tree(connection_.get(), window);
+  const auto atoms = askedProperties(connection_);
+  for (std::size_t i = 0; i < atoms.size(); ++i)
+    questions.properties[i] = propertyOf(connection_, window, atoms[i]);
+  return questions;
+}
+
+std::optional<X11WindowAnswers> X11WindowReader::collect(const Questions& questions) const {
+  X11WindowAnswers answers;
+  answers.id = questions.id;
+  // Every answer is fetched, also of a window that is gone: those left unfetched would stay in memory.
+  const auto attributes = owned(xcb_get_window_attributes_reply(connection_.get(), questions.attributes, nullptr));
+  const auto geometry = owned(xcb_get_geometry_reply(connection_.get(), questions.geometry, nullptr));
+  const auto origin = owned(xcb_translate_coordinates_reply(connection_.get(), questions.origin, nullptr));
+  const auto tree = owned(xcb_query_tree_reply(connection_.get(), questions.tree, nullptr));
+  for (std::size_t i = 0; i < Asked::count; ++i)
+    answers.properties[i] = property(questions.properties[i]);
+  if (!attributes || !geometry || !origin || origin->same_screen == 0 || !tree) return std::nullopt;
+
+  answers.isViewable = attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+  answers.isManaged = attributes->override_redirect == 0;
+  answers.clientFrame = {double(origin->dst_x), double(origin->dst_y), double(geometry->width),
+                         double(geometry->height)};
+  answers.parent = tree->parent;
+  if (tree->parent == connection_.root()) answers.topLevel = answers.id;
+  const std::string host = answers.properties[Asked::machine].text();
+  if (host.empty() || isSameMachine(host, connection_.hostName()))
+    answers.process = answers.properties[Asked::pid].value().and_then(processNumber);
+  return answers;
+}
+
+std::vector<X11PlacedWindow> X11WindowReader::read(const std::vector<XWindowID>& windows,
+                                                   const X11Screen& screen) const {
+  std::vector<Questions> questions;
+  questions.reserve(windows.size());
+  for (const XWindowID window : windows)
+    questions.push_back(ask(window));
+  std::vector<X11WindowAnswers> existing;
+  for (const Questions& question : questions)
+    if (auto answers = collect(question)) existing.push_back(std::move(*answers));
+  climb(existing);
+  askServerForProcesses(existing);
+
+  std::vector<X11PlacedWindow> placed;
+  for (const X11WindowAnswers& answers : existing)
+    placed.push_back({described(answers, connection_, screen.currentDesktop), answers.topLevel});
+  return placed;
+}
+
+/// Finds the frame of each window, level by level, and the opacity that a compositor reads there.
+void X11WindowReader::climb(std::vector<X11WindowAnswers>& windows) const {
+  struct Step {
+    X11WindowAnswers* answers;
+    xcb_query_tree_cookie_t tree;
+    xcb_get_property_cookie_t opacity;
+  };
+  for (int level = 0; level < frameLevels; ++level) {
+    std::vector<Step> steps;
+    for (X11WindowAnswers& answers : windows)
+      if (answers.topLevel == XCB_NONE && answers.parent != XCB_NONE)
+        steps.push_back({&answers, xcb_query_tree(connection_.get(), answers.parent),
+                         propertyOf(connection_, answers.parent, connection_.atom(X11Atom::netWmWindowOpacity))});
+    if (steps.empty()) return;
+    for (const Step& step : steps) {
+      const auto tree = owned(xcb_query_tree_reply(connection_.get(), step.tree, nullptr));
+      const auto frameOpacity = property(step.opacity).value();
+      if (frameOpacity) step.answers->frameOpacity = std::min(step.answers->frameOpacity, *frameOpacity);
+      if (tree && tree->parent == connection_.root()) step.answers->topLevel = step.answers->parent;
+      step.answers->parent = tree ? tree->parent : static_cast<xcb_window_t>(XCB_NONE);
+    }
+  }
+}
+
+/// For windows that do not tell their process, or tell one of another machine (a container sharing this display is
+/// such a one): the process at the other end of the client's connection, as the kernel told the server.
+void X11WindowReader::askServerForProcesses(std::vector<X11WindowAnswers>& windows) const {
+  if (!connection_.tellsClientProcesses()) return;
+  std::vector<std::pair<X11WindowAnswers*, xcb_res_query_client_ids_cookie_t>> questions;
+  for (X11WindowAnswers& answers : windows) {
+    if (answers.process) continue;
+    const xcb_res_client_id_spec_t spec{answers.id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    questions.emplace_back(&answers, xcb_res_query_client_ids(connection_.get(), 1, &spec));
+  }
+  for (const auto& [answers, question] : questions) {
+    const auto processes = clientProcesses(question);
+    if (processes.size() == 1) answers->process = processes.front();
+  }
+}
+
+std::optional<XWindowID> X11WindowReader::topLevelAt(AXPoint point) const {
+  xcb_connection_t* const connection = connection_.get();
+  const auto tree = owned(xcb_query_tree_reply(connection, xcb_query_tree(connection, connection_.root()), nullptr));
+  if (!tree) return std::nullopt;
+  const xcb_window_t* children = xcb_query_tree_children(tree.get());
+  const std::vector<XWindowID> windows(children, children + xcb_query_tree_children_length(tree.get()));
+  std::vector<std::pair<xcb_get_window_attributes_cookie_t, xcb_get_geometry_cookie_t>> questions;
+  for (const XWindowID window : windows)
+    questions.emplace_back(xcb_get_window_attributes(connection, window), xcb_get_geometry(connection, window));
+  std::optional<XWindowID> top;
+  for (std::size_t i = 0; i < windows.size(); ++i) {
+    const auto attributes = owned(xcb_get_window_attributes_reply(connection, questions[i].first, nullptr));
+    const auto geometry = owned(xcb_get_geometry_reply(connection, questions[i].second, nullptr));
+    if (!attributes || !geometry || attributes->map_state != XCB_MAP_STATE_VIEWABLE) continue;
+    const double width = geometry->width + 2.0 * geometry->border_width;
+    const double height = geometry->height + 2.0 * geometry->border_width;
+    if (point.x >= geometry->x && point.x < geometry->x + width && point.y >= geometry->y &&
+        point.y < geometry->y + height)
+      top = windows[i];
+  }
+  return top;
+}
+
+std::vector<std::int32_t> X11WindowReader::clientProcesses() const {
+  if (!connection_.tellsClientProcesses()) return {};
+  const xcb_res_client_id_spec_t everyone{XCB_NONE, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+  return clientProcesses(xcb_res_query_client_ids(connection_.get(), 1, &everyone));
+}
+
+/// Ascending, each once.
+std::vector<std::int32_t> X11WindowReader::clientProcesses(xcb_res_query_client_ids_cookie_t question) const {
+  std::set<std::int32_t> processes;
+  if (const auto reply = owned(xcb_res_query_client_ids_reply(connection_.get(), question, nullptr)))
+    for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0; xcb_res_client_id_value_next(&ids))
+      if ((ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
+          xcb_res_client_id_value_value_length(ids.data) > 0)
+        if (const auto process = processNumber(*xcb_res_client_id_value_value(ids.data))) processes.insert(*process);
+  return {processes.begin(), processes.end()};
+}
+
+}  // namespace tallyfox::linux_os

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <xcb/res.h>
+
+#include <optional>
+#include <vector>
+
+#include "platform/linux/X11Connection.hpp"
+#include "platform/linux/X11Desktop.hpp"
+#include "platform/linux/X11Property.hpp"
+#include "platform/linux/X11WindowAnswers.hpp"
+
+namespace tallyfox::linux_os {
+
+/// What the display looks like at this moment.
+struct X11Screen {
+  std::vector<XWindowID> managed;  ///< bottom to top, each once
+  std::optional<XWindowID> active;
+  std::optional<std::uint32_t> currentDesktop;
+};
+
+/// A window together with the child of the root window that holds it: its frame, or itself.
+struct X11PlacedWindow {
+  XWindow window;
+  XWindowID topLevel = 0;
+};
+
+/// Reads windows over one connection, many questions in flight. Used by one thread at a time.
+class X11WindowReader {
+ public:
+  explicit X11WindowReader(const X11Connection& connection) : connection_(connection) {}
+
+  /// One round. Without a window manager, the mapped children of the root that ask to be managed count as managed.
+  [[nodiscard]] X11Screen screen() const;
+  /// In the order given, windows that are gone left out. One round, and one for each level of window frames.
+  [[nodiscard]] std::vector<X11PlacedWindow> read(const std::vector<XWindowID>& windows, const X11Screen& screen) const;
+  /// The topmost mapped child of the root whose rectangle holds the point; also one that only takes input, because a
+  /// click would go there. Windows are rectangles here: what is cut out of their shape still counts.
+  [[nodiscard]] std::optional<XWindowID> topLevelAt(AXPoint point) const;
+  /// See X11Desktop::clientProcessIdentifiers.
+  [[nodiscard]] std::vector<std::int32_t> clientProcesses() const;
+
+ private:
+  struct Questions;
+  [[nodiscard]] Questions ask(XWindowID window) const;
+  [[nodiscard]] std::optional<X11WindowAnswers> collect(const Questions& questions) const;
+  void climb(std::vector<X11WindowAnswers>& windows) const;
+  void askServerForProcesses(std::vector<X11WindowAnswers>& windows) const;
+  [[nodiscard]] std::vector<XWindowID> unframedWindows() const;
+  [[nodiscard]] std::vector<std::int32_t> clientProcesses(xcb_res_query_client_ids_cookie_t question) const;
+  [[nodiscard]] X11Property property(xcb_get_property_cookie_t question) const;
+
+  const X11Connection& connection_;
+};
+
+}  // namespace tallyfox::linux_os

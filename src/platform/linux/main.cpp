@@ -1,0 +1,162 @@
+// The agent on Linux: builds every part of the backend, joins them to the agent, and runs the main queue.
+
+#include <fmt/format.h>
+
+#include <csignal>
+#include <cstdio>
+#include <string_view>
+
+#include "app/AppDelegate.hpp"
+#include "platform/linux/BeastHttpClient.hpp"
+#include "platform/linux/BeastWebSocketTransport.hpp"
+#include "platform/linux/DesktopNotifications.hpp"
+#include "platform/linux/FileKeychain.hpp"
+#include "platform/linux/FileUserDefaults.hpp"
+#include "platform/linux/FlockInstanceLock.hpp"
+#include "platform/linux/InstalledBundle.hpp"
+#include "platform/linux/LinuxAccessibility.hpp"
+#include "platform/linux/LinuxAccessibilityObservers.hpp"
+#include "platform/linux/LinuxApplications.hpp"
+#include "platform/linux/LinuxClock.hpp"
+#include "platform/linux/LinuxWindowList.hpp"
+#include "platform/linux/MainEventLoop.hpp"
+#include "platform/linux/NetworkThread.hpp"
+#include "platform/linux/ProcessEnvironment.hpp"
+#include "platform/linux/StandardOutputConsole.hpp"
+#include "platform/linux/ThreadQueue.hpp"
+#include "platform/linux/TrustChangeWatcher.hpp"
+#include "platform/linux/UserDirectories.hpp"
+#include "platform/linux/X11Desktop.hpp"
+#include "platform/linux/X11EventSource.hpp"
+#include "platform/linux/XTestInput.hpp"
+
+namespace tallyfox::linux_os {
+namespace {
+
+constexpr int noDisplay = 1;
+constexpr int wrongUsage = 2;
+
+constexpr const char* usage = R"(Usage: tallyfox [--help | --version]
+
+Watches this desktop for approval dialogs and lets a paired phone answer them.
+)";
+
+/// An agent without a window: it only keeps the count.
+class ConsoleInterface : public AgentInterface {
+ public:
+  void configureMenus() override {}
+  void showStatusWindow() override {}
+  void refreshStatusWindow() override {}
+  void showPendingCount(std::int64_t count) override { pendingCount_ = count; }
+
+ private:
+  std::int64_t pendingCount_ = 0;
+};
+
+/// What needs no display.
+struct Services {
+  ProcessEnvironment environment;
+  StandardOutputConsole console;
+  LinuxClock clock;
+  UserDirectories directories = UserDirectories::from(environment);
+  MainEventLoop mainLoop;
+  FileKeychain keychain{directories.dataHome};
+  FileUserDefaults defaults{directories.configHome, console};
+  InstalledBundle bundle{InstalledBundle::runningExecutable(), directories.home};
+  FlockInstanceLock instanceLock{directories.temporary};
+};
+
+/// The desktop as the agent sees and touches it. The main thread and the scans share one connection for questions;
+/// events and synthetic input have connections of their own.
+struct Desktop {
+  Desktop(std::shared_ptr<X11Desktop> opened, Services& services)
+      : x11(std::move(opened)),
+        display(services.environment.value("DISPLAY")),
+        events(display, services.mainLoop, services.mainLoop),
+        trustChanges("", services.mainLoop),
+        accessibility(x11, services.console),
+        observers(events,
+                  [this](std::function<void()> onChange) { return trustChanges.subscribe(std::move(onChange)); }),
+        applications({x11, events, services.mainLoop, services.directories.dataDirectories, nullptr}),
+        windowList(x11),
+        input(x11, display) {}
+
+  std::shared_ptr<X11Desktop> x11;
+  std::optional<std::string> display;
+  X11EventSource events;
+  TrustChangeWatcher trustChanges;
+  LinuxAccessibility accessibility;
+  LinuxAccessibilityObservers observers;
+  LinuxApplications applications;
+  LinuxWindowList windowList;
+  XTestInput input;
+};
+
+/// The threads beside the main one, and what they carry.
+struct Workers {
+  explicit Workers(SerialQueue& mainQueue) : notifications(mainQueue) {}
+  ThreadQueue scanQueue{"scan"};
+  NetworkThread network;
+  BeastWebSocketTransport webSockets{network};
+  BeastHttpClient http{network};
+  DesktopNotifications notifications;
+};
+
+int run() {
+  Services services;
+  auto x11 = X11Desktop::open(services.environment.value("DISPLAY"));
+  if (!x11) {
+    fmt::print(stderr, "Tallyfox cannot open the display: {}\n", x11.error());
+    return noDisplay;
+  }
+  Desktop desktop(std::move(*x11), services);
+  Workers workers(services.mainLoop);
+  ConsoleInterface interface;
+  AppDelegate agent({.mainQueue = services.mainLoop,
+                     .scanQueue = workers.scanQueue,
+                     .makeQueue = [](const std::string& label) { return std::make_shared<ThreadQueue>(label); },
+                     .clock = services.clock,
+                     .console = services.console,
+                     .environment = services.environment,
+                     .accessibility = desktop.accessibility,
+                     .accessibilityElements = desktop.accessibility,
+                     .accessibilityObservers = desktop.observers,
+                     .applications = desktop.applications,
+                     .windowList = desktop.windowList,
+                     .syntheticInput = desktop.input,
+                     .webSockets = workers.webSockets,
+                     .http = workers.http,
+                     .keychain = services.keychain,
+                     .defaults = services.defaults,
+                     .bundle = services.bundle,
+                     .instanceLock = services.instanceLock,
+                     .notifications = workers.notifications,
+                     .terminateApplication = [&services] { services.mainLoop.quit(); }},
+                    interface);
+  const auto signals = services.mainLoop.watchTerminationSignals([&agent] { agent.quit(); });
+  services.mainLoop.post([&agent] { agent.applicationDidFinishLaunching(); });
+  services.mainLoop.run();
+  agent.applicationWillTerminate();
+  return 0;
+}
+
+}  // namespace
+}  // namespace tallyfox::linux_os
+
+int main(int argc, char** argv) {
+  using namespace tallyfox::linux_os;
+  std::signal(SIGPIPE, SIG_IGN);
+  if (argc == 1) return run();
+  const std::string_view argument = argv[1];
+  if (argc == 2 && argument == "--help") {
+    fmt::print("{}", usage);
+    return 0;
+  }
+  if (argc == 2 && argument == "--version") {
+    fmt::print("tallyfox {}\n", TALLYFOX_VERSION);
+    return 0;
+  }
+  const bool isKnown = argument == "--help" || argument == "--version";
+  fmt::print(stderr, "tallyfox: There is no argument {}. See tallyfox --help.\n", isKnown ? argv[2] : argv[1]);
+  return wrongUsage;
+}

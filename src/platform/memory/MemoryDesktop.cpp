@@ -1,0 +1,203 @@
+#include "platform/memory/MemoryDesktop.hpp"
+
+#include <utility>
+
+#include "platform/memory/DesktopAccessibility.hpp"
+#include "platform/memory/DesktopInput.hpp"
+#include "platform/memory/DesktopModel.hpp"
+#include "platform/memory/DesktopWorkspace.hpp"
+
+namespace tallyfox::memory {
+
+struct MemoryDesktop::State {
+  State(Clock& clock, SerialQueue& mainQueue)
+      : model(std::make_shared<DesktopModel>(mainQueue)),
+        accessibility(*model, clock, mainQueue),
+        workspace(model, mainQueue),
+        input(std::make_shared<DesktopInput>(*model)) {}
+
+  std::shared_ptr<DesktopModel> model;
+  DesktopAccessibility accessibility;
+  DesktopWorkspace workspace;
+  std::shared_ptr<DesktopInput> input;
+};
+
+MemoryDesktop::MemoryDesktop(Clock& clock, SerialQueue& mainQueue)
+    : state_(std::make_shared<State>(clock, mainQueue)) {}
+
+MemoryDesktop::~MemoryDesktop() = default;
+
+Accessibility& MemoryDesktop::accessibility() {
+  return state_->accessibility;
+}
+AccessibilityElements& MemoryDesktop::elements() {
+  return state_->accessibility;
+}
+AccessibilityObservers& MemoryDesktop::observers() {
+  return state_->workspace;
+}
+Applications& MemoryDesktop::applications() {
+  return state_->workspace;
+}
+WindowList& MemoryDesktop::windowList() {
+  return state_->workspace;
+}
+SyntheticInput& MemoryDesktop::input() {
+  return *state_->input;
+}
+
+void MemoryDesktop::setTrusted(bool trusted) {
+  if (std::exchange(state_->model->isTrusted, trusted) != trusted) state_->model->events.postTrustChange();
+}
+
+std::int32_t MemoryDesktop::launch(const std::string& name, std::optional<std::string> bundleIdentifier,
+                                   bool isRegular) {
+  return state_->model->launch(name, std::move(bundleIdentifier), isRegular);
+}
+
+void MemoryDesktop::quit(std::int32_t pid) {
+  state_->model->quit(pid);
+}
+
+void MemoryDesktop::postWorkspaceEvent(const WorkspaceEvent& event) {
+  state_->model->events.post(event);
+}
+
+void MemoryDesktop::postNotification(std::int32_t pid, const std::string& notification) {
+  state_->model->events.post(pid, notification);
+}
+
+ElementID MemoryDesktop::openWindow(std::int32_t pid, ElementSpec window) {
+  return state_->model->openWindow(pid, window);
+}
+
+void MemoryDesktop::closeWindow(ElementID window) {
+  state_->model->remove(window);
+}
+
+ElementID MemoryDesktop::addChild(ElementID parent, ElementSpec child) {
+  return state_->model->addChild(parent, child);
+}
+
+void MemoryDesktop::removeElement(ElementID element) {
+  state_->model->remove(element);
+}
+
+void MemoryDesktop::setTitle(ElementID element, std::optional<std::string> title) {
+  setAttribute(element, AXAttribute::title, std::move(title));
+}
+
+void MemoryDesktop::setDescription(ElementID element, std::optional<std::string> description) {
+  setAttribute(element, AXAttribute::description, std::move(description));
+}
+
+void MemoryDesktop::setValue(ElementID element, std::optional<std::string> value) {
+  setAttribute(element, AXAttribute::value, std::move(value));
+}
+
+void MemoryDesktop::setFrame(ElementID element, std::optional<DialogFrame> frame) {
+  if (frame) return state_->model->place(element, *frame);
+  setAttribute(element, AXAttribute::position, std::nullopt);
+  setAttribute(element, AXAttribute::size, std::nullopt);
+}
+
+void MemoryDesktop::setEnabled(ElementID element, std::optional<bool> enabled) {
+  setAttribute(element, AXAttribute::enabled, enabled);
+}
+
+void MemoryDesktop::setAttribute(ElementID element, AXAttribute attribute, std::optional<AXValue> value) {
+  state_->model->assign(element, attribute, std::move(value));
+}
+
+void MemoryDesktop::raise(ElementID window) {
+  state_->model->raise(window);
+}
+
+void MemoryDesktop::focusWindow(ElementID window) {
+  state_->model->focusWindow(window);
+}
+
+void MemoryDesktop::focusElement(ElementID element) {
+  state_->model->focusElement(element);
+}
+
+void MemoryDesktop::setMinimized(ElementID window, bool minimized) {
+  state_->model->setMinimized(window, minimized);
+}
+
+void MemoryDesktop::setWindowAlpha(ElementID window, double alpha) {
+  state_->model->element(window).alpha = alpha;
+}
+
+void MemoryDesktop::setWindowLayer(ElementID window, std::int64_t layer) {
+  state_->model->element(window).layer = layer;
+}
+
+void MemoryDesktop::onPress(ElementID button, std::function<void()> effect) {
+  state_->model->element(button).onPress = std::move(effect);
+}
+
+void MemoryDesktop::setPressEffect(ElementID button, PressEffect effect) {
+  DesktopElement& element = state_->model->element(button);
+  element.onPress = nullptr;
+  element.effect = effect;
+}
+
+void MemoryDesktop::setFault(std::int32_t pid, Fault fault) {
+  state_->model->applications.at(pid).fault = fault;
+}
+
+void MemoryDesktop::heed(std::int32_t pid, bool accessibilityActions, bool keys, bool mouse) {
+  DesktopApplication& application = state_->model->applications.at(pid);
+  application.heedsActions = accessibilityActions;
+  application.heedsKeys = keys;
+  application.heedsMouse = mouse;
+}
+
+void MemoryDesktop::failEventCreation(bool fails) {
+  state_->input->failsCreation = fails;
+}
+
+ElementID MemoryDesktop::find(ElementID root, const std::string& role, const std::string& titleOrDescription) const {
+  const DesktopModel& model = *state_->model;
+  if (!model.exists(root)) return 0;
+  if (model.text(root, AXAttribute::role) == role && model.label(root) == titleOrDescription) return root;
+  for (const ElementID child : model.element(root).children)
+    if (const ElementID found = find(child, role, titleOrDescription); found != 0) return found;
+  return 0;
+}
+
+bool MemoryDesktop::exists(ElementID element) const {
+  return state_->model->exists(element);
+}
+
+AXUIElement MemoryDesktop::element(ElementID element) const {
+  return state_->model->handle(element);
+}
+
+AXUIElement MemoryDesktop::application(std::int32_t pid) const {
+  return state_->accessibility.applicationElement(pid);
+}
+
+const DeedLog& MemoryDesktop::deeds() const {
+  return state_->model->deeds;
+}
+
+const std::vector<std::string>& MemoryDesktop::presses() const {
+  return state_->model->presses;
+}
+
+MemoryDesktop::Traffic MemoryDesktop::traffic() const {
+  return state_->accessibility.traffic;
+}
+
+void MemoryDesktop::resetTraffic() {
+  state_->accessibility.traffic = {};
+}
+
+void MemoryDesktop::clearDeeds() {
+  state_->model->deeds.clear();
+  state_->model->presses.clear();
+}
+
+}  // namespace tallyfox::memory

@@ -1,0 +1,53 @@
+#include <utility>
+
+#include "platform/memory/MemoryNetworkState.hpp"
+
+namespace tallyfox::memory {
+
+namespace {
+
+class MemoryHttpExchange : public HttpExchange {
+ public:
+  explicit MemoryHttpExchange(std::function<void()> abandon) : abandon_(std::move(abandon)) {}
+  ~MemoryHttpExchange() override { abandon_(); }
+
+ private:
+  std::function<void()> abandon_;
+};
+
+}  // namespace
+
+std::unique_ptr<HttpExchange> MemoryNetwork::State::send(const HttpRequest& request, ResponseCompletion completion) {
+  const std::size_t number = requests.size();
+  requests.push_back({.request = request, .isAbandoned = false, .isAnswered = false});
+  const auto alive = weak_from_this();
+  exchanges.push_back({.completion = std::move(completion), .timeout = queue->after(request.timeout, [alive, number] {
+                         const TransportError timedOut{"The request timed out."};
+                         if (const auto state = alive.lock()) state->answer(number, std::unexpected(timedOut));
+                       })});
+  if (standingAnswer) answer(number, *standingAnswer);
+  return std::make_unique<MemoryHttpExchange>([alive, number] {
+    if (const auto state = alive.lock()) state->abandon(number);
+  });
+}
+
+void MemoryNetwork::State::answer(std::size_t request, std::expected<HttpResponse, TransportError> response) {
+  if (requests.at(request).isAbandoned || requests[request].isAnswered) return;
+  requests[request].isAnswered = true;
+  exchanges[request].timeout.reset();
+  queue->post([alive = weak_from_this(), request, response = std::move(response)] {
+    const auto state = alive.lock();
+    if (!state) return;
+    // Abandoning an answered exchange takes its completion away.
+    if (const ResponseCompletion completion = std::exchange(state->exchanges[request].completion, nullptr))
+      completion(response);
+  });
+}
+
+void MemoryNetwork::State::abandon(std::size_t request) {
+  if (!requests[request].isAnswered) requests[request].isAbandoned = true;
+  exchanges[request].timeout.reset();
+  const ResponseCompletion gone = std::exchange(exchanges[request].completion, nullptr);
+}
+
+}  // namespace tallyfox::memory

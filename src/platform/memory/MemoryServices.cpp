@@ -1,0 +1,71 @@
+#include "platform/memory/MemoryServices.hpp"
+
+namespace tallyfox::memory {
+
+void MemoryConsole::printLine(std::string_view line) {
+  lines_.emplace_back(line);
+}
+
+std::optional<std::string> MemoryEnvironment::value(const std::string& name) {
+  const auto found = values_.find(name);
+  if (found == values_.end()) return std::nullopt;
+  return found->second;
+}
+
+std::optional<DefaultsValue> MemoryUserDefaults::object(const std::string& key) {
+  const auto found = values_.find(key);
+  if (found == values_.end()) return std::nullopt;
+  return found->second;
+}
+
+void MemoryUserDefaults::setObject(const std::string& key, const DefaultsValue& value) {
+  values_.insert_or_assign(key, value);
+  writes_.emplace_back(key, value);
+}
+
+void MemoryUserDefaults::removeObject(const std::string& key) {
+  values_.erase(key);
+  writes_.emplace_back(key, std::nullopt);
+}
+
+std::optional<std::expected<std::map<std::string, std::string>, std::string>> MemoryBundle::propertyList(
+    const std::string& name) {
+  const auto found = resources.find(name);
+  if (found == resources.end()) return std::nullopt;
+  return found->second;
+}
+
+namespace {
+
+/// An entry of the lock table for as long as it lives.
+class MemoryHeldLock : public HeldLock {
+ public:
+  MemoryHeldLock(std::shared_ptr<std::set<std::string>> held, std::string fileName)
+      : held_(std::move(held)), fileName_(std::move(fileName)) {}
+  ~MemoryHeldLock() override { held_->erase(fileName_); }
+
+ private:
+  std::shared_ptr<std::set<std::string>> held_;
+  std::string fileName_;
+};
+
+}  // namespace
+
+MemoryInstanceLock::MemoryInstanceLock() : held_(std::make_shared<std::set<std::string>>()) {}
+
+LockResult MemoryInstanceLock::acquire(const std::string& fileName) {
+  if (unavailable_) return {LockOutcome::unavailable, nullptr};
+  if (!held_->insert(fileName).second) return {LockOutcome::heldByAnother, nullptr};
+  return {LockOutcome::acquired, std::make_unique<MemoryHeldLock>(held_, fileName)};
+}
+
+bool MemoryInstanceLock::isHeld(const std::string& fileName) const {
+  return held_->contains(fileName);
+}
+
+void MemoryNotifications::requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) {
+  ++authorizationRequests;
+  completion(authorization);
+}
+
+}  // namespace tallyfox::memory
