@@ -1,0 +1,36 @@
+#pragma once
+
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <optional>
+#include <string_view>
+
+#include "PairingAccess.hpp"
+
+namespace tallyfox::server {
+
+using HttpRequest = boost::beast::http::request<boost::beast::http::string_body>;
+using HttpResponse = boost::beast::http::response<boost::beast::http::string_body>;
+using HttpStatus = boost::beast::http::status;
+
+/// What plain HTTP requests get; knows no sockets.
+class HttpRoutes {
+ public:
+  explicit HttpRoutes(PairingAccess& access) : access_(access) {}
+  [[nodiscard]] HttpResponse answer(const HttpRequest& request);
+
+ private:
+  [[nodiscard]] HttpStatus registration(const HttpRequest& request, std::string_view pairingID);
+
+  PairingAccess& access_;
+};
+
+/// The token of an `authorization: Bearer TOKEN` header; absent without one, or when it is empty.
+[[nodiscard]] std::optional<std::string_view> bearerToken(const boost::beast::http::fields& fields);
+/// The target without its query.
+[[nodiscard]] std::string_view pathOf(std::string_view target);
+[[nodiscard]] HttpStatus statusOf(PairingAccess::Refusal refusal);
+/// A response whose body is its own reason, as one line of text.
+[[nodiscard]] HttpResponse plainResponse(HttpStatus status);
+
+}  // namespace tallyfox::server

@@ -1,0 +1,126 @@
+#include "HttpSession.hpp"
+
+#include <array>
+#include <boost/asio/as_tuple.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <boost/beast/http/error.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/write.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
+#include <utility>
+
+#include "AgentSession.hpp"
+#include "PhoneSession.hpp"
+
+namespace tallyfox::server {
+namespace {
+
+namespace asio = boost::asio;
+namespace http = boost::beast::http;
+namespace websocket = boost::beast::websocket;
+
+constexpr auto resultOf = asio::as_tuple(asio::use_awaitable);
+constexpr std::string_view phonePath = "/phone";
+/// How much of a refused request is read and thrown away, so that its sender gets to see the answer.
+constexpr std::size_t discardedBytes = 1U * 1024U * 1024U;
+
+}  // namespace
+
+HttpSession::HttpSession(asio::ip::tcp::socket socket, Dependencies dependencies)
+    : stream_(std::move(socket)),
+      buffer_(dependencies.limits.headerBytes + dependencies.limits.bodyBytes),
+      dependencies_(dependencies) {}
+
+asio::awaitable<void> HttpSession::run() {
+  Parser parser;
+  parser.header_limit(static_cast<std::uint32_t>(dependencies_.limits.headerBytes));
+  parser.body_limit(dependencies_.limits.bodyBytes);
+  const boost::system::error_code error = co_await readRequest(parser);
+  if (turnedAway_) {
+    co_await respond(plainResponse(HttpStatus::service_unavailable));
+  } else if (error) {
+    co_await refuse(error);
+  } else if (websocket::is_upgrade(parser.get())) {
+    co_await upgrade(parser.get());
+  } else {
+    co_await respond(HttpRoutes(dependencies_.hub.access()).answer(parser.get()));
+  }
+}
+
+asio::awaitable<boost::system::error_code> HttpSession::readRequest(Parser& parser) {
+  const auto place = dependencies_.unauthenticated.admit([this](CloseCode) {
+    turnedAway_ = true;
+    stream_.cancel();
+  });
+  if (turnedAway_) co_return asio::error::operation_aborted;
+  stream_.expires_after(dependencies_.limits.requestTime);
+  const auto [headerError, headerBytes] = co_await http::async_read_header(stream_, buffer_, parser, resultOf);
+  // What follows an upgrade's header belongs to the WebSocket.
+  if (headerError || websocket::is_upgrade(parser.get())) co_return headerError;
+  const auto [bodyError, bodyBytes] = co_await http::async_read(stream_, buffer_, parser, resultOf);
+  co_return bodyError;
+}
+
+asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
+  const boost::beast::string_view target = request.target();
+  if (pathOf({target.data(), target.size()}) == phonePath) {
+    auto socket = co_await accepted(request, dependencies_.limits.phoneFrameBytes);
+    if (!socket) co_return;
+    PhoneSession session(std::move(socket), {.hub = dependencies_.hub,
+                                             .unauthenticated = dependencies_.unauthenticated,
+                                             .log = dependencies_.log,
+                                             .limits = dependencies_.limits});
+    co_return co_await session.run();
+  }
+  const auto token = bearerToken(request);
+  if (!token) co_return co_await respond(plainResponse(HttpStatus::unauthorized));
+  auto pairingID = dependencies_.hub.access().pairingOfToken(*token);
+  if (!pairingID) co_return co_await respond(plainResponse(statusOf(pairingID.error())));
+  auto socket = co_await accepted(request, dependencies_.limits.agentFrameBytes);
+  if (!socket) co_return;
+  AgentSession session(std::move(socket), dependencies_.hub, std::move(*pairingID));
+  co_await session.run();
+}
+
+asio::awaitable<std::shared_ptr<PeerSocket>> HttpSession::accepted(const HttpRequest& request,
+                                                                   std::size_t greatestFrameBytes) {
+  stream_.expires_never();
+  WebSocket socket(std::move(stream_));
+  // PeerSocket watches for silence itself: the stream's own idle timer can only ping at half its time-out.
+  socket.set_option(websocket::stream_base::timeout{.handshake_timeout = dependencies_.limits.requestTime,
+                                                    .idle_timeout = websocket::stream_base::none(),
+                                                    .keep_alive_pings = false});
+  socket.auto_fragment(false);
+  socket.text(true);
+  const auto [error] = co_await socket.async_accept(request, resultOf);
+  if (error) co_return nullptr;
+  co_return std::make_shared<PeerSocket>(std::move(socket), dependencies_.limits, greatestFrameBytes);
+}
+
+asio::awaitable<void> HttpSession::refuse(boost::system::error_code error) {
+  if (error == http::error::header_limit || error == http::error::buffer_overflow) {
+    co_await respond(plainResponse(HttpStatus::request_header_fields_too_large));
+  } else if (error == http::error::body_limit) {
+    co_await respond(plainResponse(HttpStatus::payload_too_large));
+  } else if (error.category() == make_error_code(http::error::bad_method).category() &&
+             error != http::error::end_of_stream) {
+    co_await respond(plainResponse(HttpStatus::bad_request));
+  }
+}
+
+asio::awaitable<void> HttpSession::respond(HttpResponse response) {
+  stream_.expires_after(dependencies_.limits.closeTime);
+  response.prepare_payload();
+  const auto [writeError, written] = co_await http::async_write(stream_, response, resultOf);
+  if (writeError) co_return;
+  boost::system::error_code ignored;
+  stream_.socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+  std::array<char, 4096> scrap;
+  for (std::size_t discarded = 0; discarded < discardedBytes;) {
+    const auto [readError, size] = co_await stream_.async_read_some(asio::buffer(scrap), resultOf);
+    if (readError) co_return;
+    discarded += size;
+  }
+}
+
+}  // namespace tallyfox::server

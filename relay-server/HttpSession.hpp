@@ -1,0 +1,52 @@
+#pragma once
+
+#include <boost/asio/awaitable.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <memory>
+#include <string>
+
+#include "HttpRoutes.hpp"
+#include "PeerSocket.hpp"
+#include "RelayHub.hpp"
+#include "RelayLimits.hpp"
+#include "RelayLog.hpp"
+#include "UnauthenticatedConnections.hpp"
+
+namespace tallyfox::server {
+
+/// One accepted connection: reads its one request, then answers it or becomes a WebSocket session.
+class HttpSession {
+ public:
+  struct Dependencies {
+    RelayHub& hub;
+    UnauthenticatedConnections& unauthenticated;
+    RelayLog& log;
+    const RelayLimits& limits;
+  };
+  HttpSession(boost::asio::ip::tcp::socket socket, Dependencies dependencies);
+  HttpSession(const HttpSession&) = delete;
+  HttpSession& operator=(const HttpSession&) = delete;
+
+  [[nodiscard]] boost::asio::awaitable<void> run();
+
+ private:
+  using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
+
+  [[nodiscard]] boost::asio::awaitable<boost::system::error_code> readRequest(Parser& parser);
+  [[nodiscard]] boost::asio::awaitable<void> upgrade(const HttpRequest& request);
+  /// Null when the handshake failed; the client was told by then.
+  [[nodiscard]] boost::asio::awaitable<std::shared_ptr<PeerSocket>> accepted(const HttpRequest& request,
+                                                                             std::size_t greatestFrameBytes);
+  [[nodiscard]] boost::asio::awaitable<void> respond(HttpResponse response);
+  [[nodiscard]] boost::asio::awaitable<void> refuse(boost::system::error_code error);
+
+  boost::beast::tcp_stream stream_;
+  boost::beast::flat_buffer buffer_;
+  Dependencies dependencies_;
+  bool turnedAway_ = false;
+};
+
+}  // namespace tallyfox::server

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+
+#include "RelayPeer.hpp"
+
+namespace tallyfox::server {
+
+/// Frames waiting for one peer, bounded, so that a peer that does not read costs a known amount.
+class OutgoingQueue {
+ public:
+  OutgoingQueue(std::size_t greatestBytes, std::size_t greatestFrames)
+      : greatestBytes_(greatestBytes), greatestFrames_(greatestFrames) {}
+
+  /// False, and nothing queued, when the frame would pass a bound.
+  [[nodiscard]] bool push(Frame frame);
+  /// The oldest frame, or none.
+  [[nodiscard]] Frame pop();
+  void clear();
+  [[nodiscard]] bool empty() const { return frames_.empty(); }
+
+ private:
+  std::size_t greatestBytes_;
+  std::size_t greatestFrames_;
+  std::size_t bytes_ = 0;
+  std::deque<Frame> frames_;
+};
+
+}  // namespace tallyfox::server

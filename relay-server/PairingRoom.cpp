@@ -1,0 +1,95 @@
+#include "PairingRoom.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "PhoneFrames.hpp"
+#include "relay/RelayMessages.hpp"
+
+namespace tallyfox::server {
+
+void PairingRoom::setAgent(RelayPeer& agent) {
+  RelayPeer* const older = std::exchange(agent_, &agent);
+  lastPhoneStatus_.clear();
+  if (older != nullptr) {
+    older->close(CloseCode::replaced);
+  } else {
+    sendToPhones(agentStatus(true));
+  }
+}
+
+bool PairingRoom::removeAgent(const RelayPeer& agent) {
+  if (!isAgent(agent)) return false;
+  agent_ = nullptr;
+  sendToPhones(agentStatus(false));
+  return true;
+}
+
+void PairingRoom::addPhone(const std::string& deviceID, RelayPeer& phone) {
+  if (RelayPeer* const older = std::exchange(phones_[deviceID], &phone)) older->close(CloseCode::replaced);
+  phone.send(relayWelcome(agent_ != nullptr));
+  if (snapshot_) phone.send(snapshot_);
+}
+
+bool PairingRoom::removePhone(const std::string& deviceID, const RelayPeer& phone) {
+  return isPhone(deviceID, phone) && phones_.erase(deviceID) > 0;
+}
+
+bool PairingRoom::isPhone(const std::string& deviceID, const RelayPeer& peer) const {
+  const auto found = phones_.find(deviceID);
+  return found != phones_.end() && found->second == &peer;
+}
+
+void PairingRoom::sendToPhones(const Frame& frame) {
+  for (const auto& [deviceID, phone] : phones_) phone->send(frame);
+}
+
+bool PairingRoom::sendToAgent(const Frame& frame) { return agent_ != nullptr && agent_->send(frame); }
+
+void PairingRoom::publishSnapshot(Frame snapshot) {
+  snapshot_ = std::move(snapshot);
+  sendToPhones(snapshot_);
+}
+
+void PairingRoom::publishPhoneStatus(const std::vector<DeviceRecord>& pairedDevices) {
+  if (agent_ == nullptr) return;
+  std::vector<RelayPhoneStatus> phones;
+  for (const DeviceRecord& device : pairedDevices) {
+    phones.push_back({.deviceID = device.id,
+                      .deviceName = device.name,
+                      .platform = device.platform,
+                      .connected = phones_.contains(device.id)});
+  }
+  const PhoneStatusRelayMessage message{
+      .phoneConnected = std::ranges::any_of(phones, [](const auto& phone) { return *phone.connected; }),
+      .phoneCount = static_cast<std::int64_t>(phones.size()),
+      .phones = std::move(phones)};
+  std::string text = jsonText(message.json());
+  if (text == lastPhoneStatus_) return;
+  lastPhoneStatus_ = text;
+  agent_->send(std::make_shared<const std::string>(std::move(text)));
+}
+
+void PairingRoom::dismissPhone(const std::string& deviceID) {
+  const auto found = phones_.find(deviceID);
+  if (found == phones_.end()) return;
+  RelayPeer* const phone = found->second;
+  phones_.erase(found);
+  phone->send(phoneUnpaired());
+  phone->close(CloseCode::unpaired);
+}
+
+void PairingRoom::dismissAll() {
+  sendToPhones(phoneUnpaired());
+  closeAll(CloseCode::unpaired);
+  phones_.clear();
+  agent_ = nullptr;
+  snapshot_.reset();
+}
+
+void PairingRoom::closeAll(CloseCode code) {
+  for (const auto& [deviceID, phone] : phones_) phone->close(code);
+  if (agent_ != nullptr) agent_->close(code);
+}
+
+}  // namespace tallyfox::server

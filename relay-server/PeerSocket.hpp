@@ -1,0 +1,56 @@
+#pragma once
+
+#include <boost/asio/awaitable.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/websocket/stream.hpp>
+#include <memory>
+#include <optional>
+
+#include "OutgoingQueue.hpp"
+#include "RelayLimits.hpp"
+#include "RelayPeer.hpp"
+
+namespace tallyfox::server {
+
+using WebSocket = boost::beast::websocket::stream<boost::beast::tcp_stream>;
+
+/// One open WebSocket: a bounded queue out, frames in, pings, and a close that cannot hang. Its coroutines keep it
+/// alive until the socket is closed.
+class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<PeerSocket> {
+ public:
+  /// `socket` has finished its handshake. A frame above `greatestFrameBytes` closes it.
+  PeerSocket(WebSocket socket, const RelayLimits& limits, std::size_t greatestFrameBytes);
+
+  /// Starts writing and watching.
+  void start();
+  /// The next frame; null when the peer is gone or is being closed. One at a time.
+  [[nodiscard]] boost::asio::awaitable<Frame> read();
+  /// Says that nothing is read any more: ends the socket, after a close that is under way.
+  void finish();
+
+  bool send(Frame frame) override;
+  void close(CloseCode code) override;
+
+ private:
+  boost::asio::awaitable<void> write();
+  /// Asks for pings and ends when the peer has been silent for too long.
+  boost::asio::awaitable<void> watch();
+  void heard();
+  void cut();
+
+  WebSocket socket_;
+  const RelayLimits& limits_;
+  std::size_t greatestFrameBytes_;
+  OutgoingQueue queue_;
+  boost::asio::steady_timer wake_;  ///< ends the writer's wait
+  boost::asio::steady_timer watchTimer_;
+  boost::asio::steady_timer closeDeadline_;
+  boost::asio::steady_timer::time_point heardAt_;
+  std::optional<CloseCode> closeCode_;
+  bool pingDue_ = false;
+  bool finished_ = false;
+  bool isCut_ = false;
+};
+
+}  // namespace tallyfox::server

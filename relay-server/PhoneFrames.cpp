@@ -1,0 +1,26 @@
+#include "PhoneFrames.hpp"
+
+#include "base/Json.hpp"
+
+namespace tallyfox::server {
+namespace {
+
+Frame frameOf(const Json& message) { return std::make_shared<const std::string>(jsonText(message)); }
+
+}  // namespace
+
+Frame relayWelcome(bool agentConnected) {
+  return frameOf({{"type", "relay.welcome"}, {"version", 1}, {"agentConnected", agentConnected}});
+}
+
+Frame agentStatus(bool agentConnected) {
+  return frameOf({{"type", "agent.status"}, {"agentConnected", agentConnected}});
+}
+
+Frame decisionUndeliverable(std::string_view decisionID) {
+  return frameOf({{"type", "decision.undeliverable"}, {"decisionID", decisionID}, {"reason", "offline"}});
+}
+
+Frame phoneUnpaired() { return frameOf(Json::object({{"type", "phone.unpaired"}})); }
+
+}  // namespace tallyfox::server

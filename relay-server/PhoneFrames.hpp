@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string_view>
+
+#include "RelayPeer.hpp"
+
+/// The frames that the relay itself says to phones; everything else that phones get is the agent's own.
+namespace tallyfox::server {
+
+[[nodiscard]] Frame relayWelcome(bool agentConnected);
+[[nodiscard]] Frame agentStatus(bool agentConnected);
+[[nodiscard]] Frame decisionUndeliverable(std::string_view decisionID);
+[[nodiscard]] Frame phoneUnpaired();
+
+}  // namespace tallyfox::server

@@ -1,0 +1,54 @@
+#include "PhoneSession.hpp"
+
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <utility>
+
+#include "PhoneHello.hpp"
+
+namespace tallyfox::server {
+
+PhoneSession::PhoneSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies)
+    : socket_(std::move(socket)), dependencies_(dependencies) {}
+
+PhoneSession::~PhoneSession() {
+  socket_->finish();
+  if (joined_) dependencies_.hub.phoneLeft(*joined_, *socket_);
+}
+
+boost::asio::awaitable<void> PhoneSession::run() {
+  socket_->start();
+  const Frame hello = co_await firstFrame();
+  if (!hello || !join(hello)) co_return;
+  while (const Frame frame = co_await socket_->read()) {
+    if (const auto verdict = dependencies_.hub.phoneFrame(*joined_, *socket_, frame); !verdict) {
+      socket_->close(verdict.error());
+    }
+  }
+}
+
+boost::asio::awaitable<Frame> PhoneSession::firstFrame() {
+  const auto place = dependencies_.unauthenticated.admit([this](CloseCode code) { socket_->close(code); });
+  boost::asio::steady_timer deadline(co_await boost::asio::this_coro::executor, dependencies_.limits.helloTime);
+  deadline.async_wait([weak = std::weak_ptr(socket_)](boost::system::error_code cancelled) {
+    if (const auto socket = weak.lock(); socket && !cancelled) socket->close(CloseCode::malformed);
+  });
+  co_return co_await socket_->read();
+}
+
+bool PhoneSession::join(const Frame& frame) {
+  const auto hello = PhoneHello::decoded(*frame);
+  if (!hello) {
+    dependencies_.log.line("A phone's hello is malformed: {}", hello.error().description);
+    socket_->close(CloseCode::malformed);
+    return false;
+  }
+  if (const auto admitted = dependencies_.hub.phoneJoined(*hello, *socket_); !admitted) {
+    socket_->close(admitted.error());
+    return false;
+  }
+  joined_ = PhoneAddress{.pairingID = hello->pairingID, .deviceID = hello->deviceID};
+  return true;
+}
+
+}  // namespace tallyfox::server

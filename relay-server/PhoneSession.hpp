@@ -1,0 +1,42 @@
+#pragma once
+
+#include <boost/asio/awaitable.hpp>
+#include <memory>
+#include <optional>
+
+#include "PeerSocket.hpp"
+#include "RelayHub.hpp"
+#include "RelayLimits.hpp"
+#include "RelayLog.hpp"
+#include "UnauthenticatedConnections.hpp"
+
+namespace tallyfox::server {
+
+/// One phone's socket, from its handshake to its end. Leaves the hub when destroyed.
+class PhoneSession {
+ public:
+  struct Dependencies {
+    RelayHub& hub;
+    UnauthenticatedConnections& unauthenticated;
+    RelayLog& log;
+    const RelayLimits& limits;
+  };
+  PhoneSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies);
+  ~PhoneSession();
+  PhoneSession(const PhoneSession&) = delete;
+  PhoneSession& operator=(const PhoneSession&) = delete;
+
+  [[nodiscard]] boost::asio::awaitable<void> run();
+
+ private:
+  /// The phone's first frame; null when it did not come in time.
+  [[nodiscard]] boost::asio::awaitable<Frame> firstFrame();
+  /// Closes the socket when the hello is no good.
+  [[nodiscard]] bool join(const Frame& frame);
+
+  std::shared_ptr<PeerSocket> socket_;
+  Dependencies dependencies_;
+  std::optional<PhoneAddress> joined_;
+};
+
+}  // namespace tallyfox::server

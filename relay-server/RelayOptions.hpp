@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tallyfox::server {
+
+inline constexpr std::string_view usageText = "usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY";
+
+/// The command line.
+struct RelayOptions {
+  std::string address;     ///< an IP address literal, IPv6 without brackets
+  std::uint16_t port = 0;  ///< 0 takes any free port
+  std::filesystem::path dataDirectory;
+  bool operator==(const RelayOptions&) const = default;
+
+  /// `arguments` without the program's name. The error is one line for the person who typed them.
+  [[nodiscard]] static std::expected<RelayOptions, std::string> parsed(std::span<const char* const> arguments);
+};
+
+}  // namespace tallyfox::server

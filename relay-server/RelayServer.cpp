@@ -1,0 +1,124 @@
+#include "RelayServer.hpp"
+
+#include <fmt/format.h>
+
+#include <boost/asio/as_tuple.hpp>
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <csignal>
+#include <exception>
+#include <utility>
+
+#include "HttpSession.hpp"
+
+namespace tallyfox::server {
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+
+constexpr auto resultOf = asio::as_tuple(asio::use_awaitable);
+/// After a failed accept, mostly for want of descriptors: time for some to become free.
+constexpr std::chrono::milliseconds acceptPause{100};
+
+std::string textOf(const tcp::endpoint& endpoint) {
+  const std::string address = endpoint.address().to_string();
+  if (endpoint.address().is_v6()) return fmt::format("[{}]:{}", address, endpoint.port());
+  return fmt::format("{}:{}", address, endpoint.port());
+}
+
+}  // namespace
+
+RelayServer::RelayServer(RelayDatabase database, const RelayLimits& limits, Console& console)
+    : limits_(limits),
+      log_(console),
+      database_(std::move(database)),
+      hub_(database_, log_, limits_),
+      unauthenticated_(limits.unauthenticatedConnections) {}
+
+std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const RelayOptions& options,
+                                                                           const RelayLimits& limits,
+                                                                           Console& console) {
+  boost::system::error_code error;
+  const tcp::endpoint endpoint(asio::ip::make_address(options.address, error), options.port);
+  if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", options.address, error.message()));
+  auto database = RelayDatabase::open(options.dataDirectory);
+  if (!database) return std::unexpected(fmt::format("Unable to open the database: {}", database.error().description));
+  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*database), limits, console));
+  error = server->listen(endpoint);
+  if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
+  return server;
+}
+
+std::string RelayServer::address() const { return textOf(endpoint_); }
+
+boost::system::error_code RelayServer::listen(const tcp::endpoint& endpoint) {
+  boost::system::error_code error;
+  acceptor_.open(endpoint.protocol(), error);
+  // A restart must not wait for the old connections to be forgotten.
+  if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
+  if (!error) acceptor_.bind(endpoint, error);
+  if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
+  if (!error) endpoint_ = acceptor_.local_endpoint(error);
+  return error;
+}
+
+void RelayServer::stopOnSignals() {
+  signals_.add(SIGTERM);
+  signals_.add(SIGINT);
+  signals_.async_wait([this](boost::system::error_code cancelled, int) {
+    if (!cancelled) closeEverything();
+  });
+}
+
+void RelayServer::run() {
+  asio::co_spawn(io_, acceptConnections(), [this](std::exception_ptr failure) {
+    if (failure) closeEverything();
+  });
+  io_.run();
+}
+
+void RelayServer::stop() {
+  asio::post(io_, [this] { closeEverything(); });
+}
+
+asio::awaitable<void> RelayServer::acceptConnections() {
+  asio::steady_timer pause(io_);
+  while (acceptor_.is_open()) {
+    auto [error, socket] = co_await acceptor_.async_accept(resultOf);
+    if (!acceptor_.is_open()) co_return;
+    if (!error) {
+      serve(std::move(socket));
+      continue;
+    }
+    log_.line("Unable to accept a connection: {}", error.message());
+    pause.expires_after(acceptPause);
+    co_await pause.async_wait(resultOf);
+  }
+}
+
+void RelayServer::serve(tcp::socket socket) {
+  boost::system::error_code ignored;
+  socket.set_option(tcp::no_delay(true), ignored);
+  const auto session = std::make_shared<HttpSession>(
+      std::move(socket),
+      HttpSession::Dependencies{.hub = hub_, .unauthenticated = unauthenticated_, .log = log_, .limits = limits_});
+  // The completion keeps the session as long as its coroutine runs.
+  asio::co_spawn(io_, session->run(), [this, session](std::exception_ptr failure) {
+    if (failure) log_.line("A connection failed unexpectedly.");
+  });
+}
+
+void RelayServer::closeEverything() {
+  if (!acceptor_.is_open()) return;
+  log_.line("Tallyfox relay stopping.");
+  boost::system::error_code ignored;
+  acceptor_.close(ignored);
+  signals_.clear(ignored);
+  unauthenticated_.turnAllAway(CloseCode::goingAway);
+  hub_.close();
+}
+
+}  // namespace tallyfox::server

@@ -1,0 +1,32 @@
+#include "UnauthenticatedConnections.hpp"
+
+#include <utility>
+
+namespace tallyfox::server {
+
+UnauthenticatedConnections::Ticket::Ticket(UnauthenticatedConnections& all, std::function<void(CloseCode)> turnAway)
+    : all_(all), turnAway_(std::move(turnAway)), place_(all.tickets_.insert(all.tickets_.end(), this)) {}
+
+UnauthenticatedConnections::Ticket::~Ticket() {
+  if (listed_) all_.tickets_.erase(place_);
+}
+
+std::unique_ptr<UnauthenticatedConnections::Ticket> UnauthenticatedConnections::admit(std::function<void(CloseCode)> turnAway) {
+  auto ticket = std::make_unique<Ticket>(*this, std::move(turnAway));
+  while (tickets_.size() > limit_) turnOldestAway(CloseCode::tryAgainLater);
+  return ticket;
+}
+
+void UnauthenticatedConnections::turnAllAway(CloseCode code) {
+  limit_ = 0;
+  while (!tickets_.empty()) turnOldestAway(code);
+}
+
+void UnauthenticatedConnections::turnOldestAway(CloseCode code) {
+  Ticket& oldest = *tickets_.front();
+  tickets_.pop_front();
+  oldest.listed_ = false;
+  oldest.turnAway_(code);
+}
+
+}  // namespace tallyfox::server

@@ -1,0 +1,72 @@
+#include <fmt/format.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <span>
+#include <string_view>
+
+#include "RelayLimits.hpp"
+#include "RelayOptions.hpp"
+#include "RelayServer.hpp"
+#include "base/Console.hpp"
+
+namespace {
+
+constexpr int exitFailure = 1;
+constexpr int exitUsage = 2;
+
+void printLine(std::FILE* stream, std::string_view line) {
+  fmt::print(stream, "{}\n", line);
+  std::fflush(stream);
+}
+
+/// Standard output says that the relay is ready, and nothing more; events go here.
+class StandardErrorConsole final : public tallyfox::Console {
+ public:
+  void printLine(std::string_view line) override { ::printLine(stderr, line); }
+};
+
+/// Every connection is a descriptor, and the usual soft limit is the number of strangers alone.
+void raiseDescriptorLimit() {
+  rlimit descriptors{};
+  if (getrlimit(RLIMIT_NOFILE, &descriptors) != 0) return;
+  descriptors.rlim_cur = descriptors.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &descriptors);
+}
+
+int run(std::span<const char* const> arguments) {
+  using namespace tallyfox::server;
+  const auto options = RelayOptions::parsed(arguments);
+  if (!options) {
+    printLine(stderr, options.error());
+    return exitUsage;
+  }
+  StandardErrorConsole console;
+  const auto server = RelayServer::open(*options, RelayLimits{}, console);
+  if (!server) {
+    printLine(stderr, server.error());
+    return exitFailure;
+  }
+  (*server)->stopOnSignals();
+  printLine(stdout, fmt::format("Tallyfox relay listening on {}.", (*server)->address()));
+  (*server)->run();
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A log reader that goes away must not take the relay with it.
+  std::signal(SIGPIPE, SIG_IGN);
+  raiseDescriptorLimit();
+  try {
+    return run(std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(argc > 0 ? 1 : 0));
+  } catch (const std::exception& failure) {
+    std::fputs("Tallyfox relay failed: ", stderr);
+    std::fputs(failure.what(), stderr);
+    std::fputs("\n", stderr);
+    return exitFailure;
+  }
+}
