@@ -52,7 +52,6 @@ class Desktop:
         if not number:
             raise RuntimeError("the X display did not start")
         self.environment["DISPLAY"] = f":{number}"
-        subprocess.run(["xsetroot", "-solid", "#3b5168"], env=self.environment, check=True)
 
     def _start_session_bus(self, runtime):
         address = f"unix:path={runtime}/bus"
@@ -76,6 +75,7 @@ class Desktop:
             if time.monotonic() > deadline:
                 raise RuntimeError("the window manager did not start")
             time.sleep(0.02)
+        subprocess.run(["xsetroot", "-solid", "#3b5168"], env=self.environment, check=True)
 
     def _property(self, name):
         return subprocess.run(["xprop", "-root", name], env=self.environment, check=True, text=True,

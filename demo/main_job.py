@@ -196,6 +196,7 @@ def main(build, output):
             relay = Relay(programs, desktop, pathlib.Path(folder) / "relay")
             agent = Agent(desktop, relay)
             phone = Phone(programs, desktop, agent.pairing_code(relay))
+            phone.show_on_desktop()
             stage = Stage(desktop, relay, agent, phone, build, output)
             rows = [run_case(stage, name, case) for name, case in CASES]
         finally:

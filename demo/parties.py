@@ -69,6 +69,16 @@ class Phone:
         subprocess.run([self._program, "pair", "-", "--name", "Demo phone"], input=pairing_code, text=True,
                        env=self._environment, check=True, stdout=subprocess.DEVNULL)
         self._watch = processes.start([self._program, "--json", "watch"], self._environment, desktop.logs / "phone.log")
+        self._desktop = desktop
+
+    def show_on_desktop(self):
+        """Opens a terminal beside the dialogs with what the owner of the phone reads, for the screenshots."""
+        before, mark = self._desktop.windows(), self._desktop.mark()
+        processes.start(["xterm", "-title", "Phone", "-geometry", "106x13+20+560", "-bg", "#10151c", "-fg", "#d8dee9",
+                         "-fa", "DejaVu Sans Mono", "-fs", "10", "-bc", "-e", self._program, "watch"],
+                        self._environment, self._desktop.logs / "phone-terminal.log")
+        if not self._desktop.wait_for_new_window(before, mark):
+            raise RuntimeError("the phone's terminal did not open")
 
     def wait_for(self, accept, start=0, timeout=20.0):
         """The moment and the approval when the phone's list first holds one that `accept` takes."""
