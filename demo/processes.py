@@ -61,18 +61,18 @@ def _collect():
 class Lines:
     """Follows a stream line by line in a thread; each line is kept with its moment of arrival (monotonic seconds)."""
 
-    def __init__(self, stream, log=None):
+    def __init__(self, stream, log):
         self._condition = threading.Condition()
         self._lines = []
         self._ended = False
         threading.Thread(target=self._follow, args=(stream, log), daemon=True).start()
 
     def _follow(self, stream, log):
-        for line in stream:
-            with self._condition:
-                self._lines.append((time.monotonic(), line.rstrip("\n")))
-                self._condition.notify_all()
-            if log:
+        with stream, log:
+            for line in stream:
+                with self._condition:
+                    self._lines.append((time.monotonic(), line.rstrip("\n")))
+                    self._condition.notify_all()
                 log.write(line)
                 log.flush()
         with self._condition:

@@ -19,7 +19,8 @@ boost::asio::awaitable<void> AgentSession::run() {
     co_return;
   }
   joined_ = true;
-  while (const Frame frame = co_await socket_->read()) hub_.agentFrame(pairingID_, *socket_, frame);
+  while (const Frame frame = co_await socket_->read())
+    hub_.agentFrame(pairingID_, *socket_, frame);
 }
 
 }  // namespace tallyfox::server

@@ -7,15 +7,15 @@ namespace tallyfox::server {
 /// Why the relay closes a WebSocket; the numbers are part of the protocol.
 enum class CloseCode : std::uint16_t {
   normal = 1000,
-  goingAway = 1001,       ///< the relay stops
+  goingAway = 1001,  ///< the relay stops
   frameTooLarge = 1009,
-  internalError = 1011,   ///< the relay's storage fails
-  tryAgainLater = 1013,   ///< too many connections that have not said who they are
-  replaced = 4000,        ///< a newer socket of the same agent or device took over
-  slowConsumer = 4008,    ///< the outgoing queue is full
-  malformed = 4400,       ///< a bad hello, none in time, or a bad frame of a phone
-  unauthorized = 4401,    ///< unknown pairing or wrong secret
-  unpaired = 4410,        ///< the pairing was revoked, or this device was unpaired
+  internalError = 1011,  ///< the relay's storage fails
+  tryAgainLater = 1013,  ///< too many connections that have not said who they are
+  replaced = 4000,       ///< a newer socket of the same agent or device took over
+  slowConsumer = 4008,   ///< the outgoing queue is full
+  malformed = 4400,      ///< a bad hello, none in time, or a bad frame of a phone
+  unauthorized = 4401,   ///< unknown pairing or wrong secret
+  unpaired = 4410,       ///< the pairing was revoked, or this device was unpaired
   tooManyPhones = 4429,
 };
 

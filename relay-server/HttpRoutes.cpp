@@ -1,5 +1,6 @@
 #include "HttpRoutes.hpp"
 
+#include <algorithm>
 #include <boost/beast/core/string.hpp>
 #include <string>
 #include <utility>
@@ -15,7 +16,9 @@ namespace http = boost::beast::http;
 constexpr std::string_view pairingsPrefix = "/api/pairings/";
 constexpr std::string_view tokenSuffix = "/relay-token";
 
-std::string_view viewOf(boost::beast::string_view text) { return {text.data(), text.size()}; }
+std::string_view viewOf(boost::beast::string_view text) {
+  return {text.data(), text.size()};
+}
 
 /// The pairing id of a registration's path, good or bad; absent for any other path.
 std::optional<std::string_view> pairingIDOf(std::string_view path) {
@@ -80,13 +83,18 @@ std::optional<std::string_view> bearerToken(const http::fields& fields) {
   return value;
 }
 
-std::string_view pathOf(std::string_view target) { return target.substr(0, target.find('?')); }
+std::string_view pathOf(std::string_view target) {
+  return target.substr(0, target.find('?'));
+}
 
 HttpStatus statusOf(PairingAccess::Refusal refusal) {
   switch (refusal) {
-    case PairingAccess::Refusal::unauthorized: return HttpStatus::unauthorized;
-    case PairingAccess::Refusal::revoked: return HttpStatus::gone;
-    case PairingAccess::Refusal::storageFailed: return HttpStatus::internal_server_error;
+    case PairingAccess::Refusal::unauthorized:
+      return HttpStatus::unauthorized;
+    case PairingAccess::Refusal::revoked:
+      return HttpStatus::gone;
+    case PairingAccess::Refusal::storageFailed:
+      return HttpStatus::internal_server_error;
   }
   std::unreachable();
 }

@@ -7,6 +7,12 @@
 #include "relay/RelayMessages.hpp"
 
 namespace tallyfox::server {
+namespace {
+
+/// A phone watches with one socket and answers with another; more than a few are sockets that have not been missed yet.
+constexpr std::size_t socketsPerDevice = 4;
+
+}  // namespace
 
 void PairingRoom::setAgent(RelayPeer& agent) {
   RelayPeer* const older = std::exchange(agent_, &agent);
@@ -26,25 +32,41 @@ bool PairingRoom::removeAgent(const RelayPeer& agent) {
 }
 
 void PairingRoom::addPhone(const std::string& deviceID, RelayPeer& phone) {
-  if (RelayPeer* const older = std::exchange(phones_[deviceID], &phone)) older->close(CloseCode::replaced);
+  auto& sockets = phones_[deviceID];
+  sockets.push_back(&phone);
+  if (sockets.size() > socketsPerDevice) {
+    sockets.front()->close(CloseCode::replaced);
+    sockets.erase(sockets.begin());
+  }
   phone.send(relayWelcome(agent_ != nullptr));
   if (snapshot_) phone.send(snapshot_);
 }
 
 bool PairingRoom::removePhone(const std::string& deviceID, const RelayPeer& phone) {
-  return isPhone(deviceID, phone) && phones_.erase(deviceID) > 0;
+  const auto found = phones_.find(deviceID);
+  if (found == phones_.end() || std::erase(found->second, &phone) == 0) return false;
+  if (found->second.empty()) phones_.erase(found);
+  return true;
 }
 
 bool PairingRoom::isPhone(const std::string& deviceID, const RelayPeer& peer) const {
   const auto found = phones_.find(deviceID);
-  return found != phones_.end() && found->second == &peer;
+  return found != phones_.end() && std::ranges::find(found->second, &peer) != found->second.end();
+}
+
+void PairingRoom::forEachPhone(const std::function<void(RelayPeer&)>& visit) const {
+  for (const auto& [deviceID, sockets] : phones_)
+    for (RelayPeer* const phone : sockets)
+      visit(*phone);
 }
 
 void PairingRoom::sendToPhones(const Frame& frame) {
-  for (const auto& [deviceID, phone] : phones_) phone->send(frame);
+  forEachPhone([&frame](RelayPeer& phone) { phone.send(frame); });
 }
 
-bool PairingRoom::sendToAgent(const Frame& frame) { return agent_ != nullptr && agent_->send(frame); }
+bool PairingRoom::sendToAgent(const Frame& frame) {
+  return agent_ != nullptr && agent_->send(frame);
+}
 
 void PairingRoom::publishSnapshot(Frame snapshot) {
   snapshot_ = std::move(snapshot);
@@ -73,10 +95,12 @@ void PairingRoom::publishPhoneStatus(const std::vector<DeviceRecord>& pairedDevi
 void PairingRoom::dismissPhone(const std::string& deviceID) {
   const auto found = phones_.find(deviceID);
   if (found == phones_.end()) return;
-  RelayPeer* const phone = found->second;
+  const std::vector<RelayPeer*> sockets = std::move(found->second);
   phones_.erase(found);
-  phone->send(phoneUnpaired());
-  phone->close(CloseCode::unpaired);
+  for (RelayPeer* const phone : sockets) {
+    phone->send(phoneUnpaired());
+    phone->close(CloseCode::unpaired);
+  }
 }
 
 void PairingRoom::dismissAll() {
@@ -88,7 +112,7 @@ void PairingRoom::dismissAll() {
 }
 
 void PairingRoom::closeAll(CloseCode code) {
-  for (const auto& [deviceID, phone] : phones_) phone->close(code);
+  forEachPhone([code](RelayPeer& phone) { phone.close(code); });
   if (agent_ != nullptr) agent_->close(code);
 }
 

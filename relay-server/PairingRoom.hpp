@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -18,9 +20,10 @@ class PairingRoom {
   void setAgent(RelayPeer& agent);
   /// False when this is not the current agent.
   bool removeAgent(const RelayPeer& agent);
-  /// Greets the phone and brings it up to date. An older socket of the same device is closed.
+  /// Greets the phone and brings it up to date. A device may hold a few sockets at once, as one that watches and one
+  /// that answers; beyond that its oldest is closed.
   void addPhone(const std::string& deviceID, RelayPeer& phone);
-  /// False when this is not the device's current socket.
+  /// False when this is none of the device's sockets.
   bool removePhone(const std::string& deviceID, const RelayPeer& phone);
 
   [[nodiscard]] bool isAgent(const RelayPeer& peer) const { return agent_ == &peer; }
@@ -37,7 +40,8 @@ class PairingRoom {
   /// Tells the agent which phones are paired and which of them are connected, when that differs from what it was told.
   void publishPhoneStatus(const std::vector<DeviceRecord>& pairedDevices);
 
-  /// Tells one phone that it is unpaired and lets it go; one that is not connected needs no telling.
+  /// Tells one phone, at each of its sockets, that it is unpaired and lets it go; one that is not connected needs no
+  /// telling.
   void dismissPhone(const std::string& deviceID);
   /// Tells every phone so, and lets them and the agent go.
   void dismissAll();
@@ -45,8 +49,11 @@ class PairingRoom {
   void closeAll(CloseCode code);
 
  private:
+  /// Every phone's sockets; the order of one device's sockets is that of their joining.
+  void forEachPhone(const std::function<void(RelayPeer&)>& visit) const;
+
   RelayPeer* agent_ = nullptr;
-  std::map<std::string, RelayPeer*, std::less<>> phones_;
+  std::map<std::string, std::vector<RelayPeer*>, std::less<>> phones_;  ///< no device without a socket
   Frame snapshot_;
   std::string lastPhoneStatus_;  ///< as the current agent knows it; empty when it was told nothing
 };

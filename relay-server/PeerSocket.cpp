@@ -115,7 +115,9 @@ asio::awaitable<void> PeerSocket::watch() {
   }
 }
 
-void PeerSocket::heard() { heardAt_ = Clock::now(); }
+void PeerSocket::heard() {
+  heardAt_ = Clock::now();
+}
 
 void PeerSocket::cut() {
   isCut_ = true;

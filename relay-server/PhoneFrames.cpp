@@ -5,7 +5,9 @@
 namespace tallyfox::server {
 namespace {
 
-Frame frameOf(const Json& message) { return std::make_shared<const std::string>(jsonText(message)); }
+Frame frameOf(const Json& message) {
+  return std::make_shared<const std::string>(jsonText(message));
+}
 
 }  // namespace
 
@@ -21,6 +23,8 @@ Frame decisionUndeliverable(std::string_view decisionID) {
   return frameOf({{"type", "decision.undeliverable"}, {"decisionID", decisionID}, {"reason", "offline"}});
 }
 
-Frame phoneUnpaired() { return frameOf(Json::object({{"type", "phone.unpaired"}})); }
+Frame phoneUnpaired() {
+  return frameOf(Json::object({{"type", "phone.unpaired"}}));
+}
 
 }  // namespace tallyfox::server

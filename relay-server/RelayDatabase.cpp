@@ -64,7 +64,8 @@ DatabaseResult<void> prepareFiles(const std::filesystem::path& directory, const 
 DatabaseResult<void> configure(SqliteConnection& connection) {
   // Exclusive: two relays on one directory would each miss what the other one routes.
   const auto set = connection.execute(
-      "PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;");
+      "PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA foreign_keys = "
+      "ON;");
   if (!set) return set;
   const auto verdict = connection.single("PRAGMA quick_check(1)");
   if (!verdict) return std::unexpected(verdict.error());
@@ -161,8 +162,8 @@ DatabaseResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make
   auto next = statements.begin();
   const auto take = [&next]() -> SqliteStatement { return std::move(*next++); };
   // Braces: the members are initialised from left to right, in the order of the list above.
-  return std::unique_ptr<State>(new State{std::move(connection), take(), take(), take(), take(), take(), take(), take(),
-                                          take(), take(), take()});
+  return std::unique_ptr<State>(
+      new State{std::move(connection), take(), take(), take(), take(), take(), take(), take(), take(), take(), take()});
 }
 
 RelayDatabase::RelayDatabase(std::unique_ptr<State> state) : state_(std::move(state)) {}

@@ -73,9 +73,12 @@ RelayHub::Verdict RelayHub::phoneJoined(const PhoneHello& hello, RelayPeer& phon
 RelayHub::Verdict RelayHub::admitDevice(const PhoneHello& hello) {
   if (const auto allowed = access_.check(hello.pairingID, hello.relaySecret); !allowed) {
     switch (allowed.error()) {
-      case PairingAccess::Refusal::unauthorized: return std::unexpected(CloseCode::unauthorized);
-      case PairingAccess::Refusal::revoked: return std::unexpected(CloseCode::unpaired);
-      case PairingAccess::Refusal::storageFailed: return std::unexpected(CloseCode::internalError);
+      case PairingAccess::Refusal::unauthorized:
+        return std::unexpected(CloseCode::unauthorized);
+      case PairingAccess::Refusal::revoked:
+        return std::unexpected(CloseCode::unpaired);
+      case PairingAccess::Refusal::storageFailed:
+        return std::unexpected(CloseCode::internalError);
     }
   }
   const auto failed = [&](const DatabaseError& error) -> Verdict {
@@ -129,7 +132,8 @@ void RelayHub::phoneLeft(const PhoneAddress& address, const RelayPeer& phone) {
 
 void RelayHub::close() {
   closing_ = true;
-  for (auto& [pairingID, occupied] : rooms_) occupied.room.closeAll(CloseCode::goingAway);
+  for (auto& [pairingID, occupied] : rooms_)
+    occupied.room.closeAll(CloseCode::goingAway);
 }
 
 void RelayHub::discardWhenEmpty(const std::string& pairingID) {
@@ -139,7 +143,8 @@ void RelayHub::discardWhenEmpty(const std::string& pairingID) {
 
 void RelayHub::publishPhoneStatus(const std::string& pairingID) {
   const auto devices = database_.pairedDevices(pairingID);
-  if (!devices) return log_.line("Unable to list the phones of {}: {}", shortened(pairingID), devices.error().description);
+  if (!devices)
+    return log_.line("Unable to list the phones of {}: {}", shortened(pairingID), devices.error().description);
   room(pairingID).publishPhoneStatus(*devices);
 }
 
@@ -151,7 +156,9 @@ void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame)
   snapshotBytes_ += frame->size();
   while (snapshotBytes_ > limits_.snapshotBytes) {
     const auto hasOlderSnapshot = [](const Rooms::value_type& left, const Rooms::value_type& right) {
-      const auto age = [](const Occupied& each) { return each.room.snapshotBytes() > 0 ? each.snapshotNumber : UINT64_MAX; };
+      const auto age = [](const Occupied& each) {
+        return each.room.snapshotBytes() > 0 ? each.snapshotNumber : UINT64_MAX;
+      };
       return age(left.second) < age(right.second);
     };
     const auto oldest = std::ranges::min_element(rooms_, hasOlderSnapshot);
@@ -164,7 +171,8 @@ void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame)
 RelayHub::Verdict RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame,
                                     std::string_view decisionID) {
   if (room(from.pairingID).sendToAgent(frame)) return {};
-  log_.line("A decision of phone {} found no agent of pairing {}.", shortened(from.deviceID), shortened(from.pairingID));
+  log_.line("A decision of phone {} found no agent of pairing {}.", shortened(from.deviceID),
+            shortened(from.pairingID));
   phone.send(decisionUndeliverable(decisionID));
   return {};
 }
@@ -197,6 +205,7 @@ RelayHub::Verdict RelayHub::forgetPhone(const PhoneAddress& from, RelayPeer& pho
   }
   log_.line("Phone {} left pairing {}.", shortened(from.deviceID), shortened(from.pairingID));
   room(from.pairingID).removePhone(from.deviceID, phone);
+  room(from.pairingID).dismissPhone(from.deviceID);
   publishPhoneStatus(from.pairingID);
   return std::unexpected(CloseCode::normal);
 }

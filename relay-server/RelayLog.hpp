@@ -10,7 +10,9 @@
 namespace tallyfox::server {
 
 /// An identifier as it may stand in a log: its first 12 characters.
-[[nodiscard]] inline std::string_view shortened(std::string_view id) { return id.substr(0, 12); }
+[[nodiscard]] inline std::string_view shortened(std::string_view id) {
+  return id.substr(0, 12);
+}
 
 /// One line an event. What is logged is composed here from shortened identifiers and numbers; tokens, names and frames
 /// are never passed in.

@@ -52,7 +52,9 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   return server;
 }
 
-std::string RelayServer::address() const { return textOf(endpoint_); }
+std::string RelayServer::address() const {
+  return textOf(endpoint_);
+}
 
 boost::system::error_code RelayServer::listen(const tcp::endpoint& endpoint) {
   boost::system::error_code error;

@@ -7,8 +7,12 @@
 namespace tallyfox::server {
 namespace {
 
-DatabaseError lastError(sqlite3* database) { return {sqlite3_errmsg(database)}; }
-DatabaseError lastError(sqlite3_stmt* statement) { return lastError(sqlite3_db_handle(statement)); }
+DatabaseError lastError(sqlite3* database) {
+  return {sqlite3_errmsg(database)};
+}
+DatabaseError lastError(sqlite3_stmt* statement) {
+  return lastError(sqlite3_db_handle(statement));
+}
 
 int bound(sqlite3_stmt* statement, int index, const SqliteValue& value) {
   if (const auto* number = std::get_if<std::int64_t>(&value)) return sqlite3_bind_int64(statement, index, *number);
@@ -31,15 +35,22 @@ SqliteCursor::~SqliteCursor() {
 
 DatabaseResult<bool> SqliteCursor::next() {
   switch (sqlite3_step(statement_)) {
-    case SQLITE_ROW: return true;
-    case SQLITE_DONE: return false;
-    default: return std::unexpected(lastError(statement_));
+    case SQLITE_ROW:
+      return true;
+    case SQLITE_DONE:
+      return false;
+    default:
+      return std::unexpected(lastError(statement_));
   }
 }
 
-std::int64_t SqliteCursor::integer(int column) const { return sqlite3_column_int64(statement_, column); }
+std::int64_t SqliteCursor::integer(int column) const {
+  return sqlite3_column_int64(statement_, column);
+}
 
-std::string SqliteCursor::text(int column) const { return optionalText(column).value_or(std::string{}); }
+std::string SqliteCursor::text(int column) const {
+  return optionalText(column).value_or(std::string{});
+}
 
 std::optional<std::string> SqliteCursor::optionalText(int column) const {
   const unsigned char* text = sqlite3_column_text(statement_, column);
@@ -70,14 +81,18 @@ DatabaseResult<int> SqliteStatement::run(std::initializer_list<SqliteValue> valu
   return sqlite3_changes(sqlite3_db_handle(statement_.get()));
 }
 
-void SqliteStatement::Finalizer::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+void SqliteStatement::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
 
-void SqliteConnection::Closer::operator()(sqlite3* database) const { sqlite3_close(database); }
+void SqliteConnection::Closer::operator()(sqlite3* database) const {
+  sqlite3_close(database);
+}
 
 DatabaseResult<SqliteConnection> SqliteConnection::open(const std::string& path) {
   sqlite3* database = nullptr;
-  const int status =
-      sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int status = sqlite3_open_v2(path.c_str(), &database,
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   SqliteConnection connection(database);
   if (status != SQLITE_OK) return std::unexpected(DatabaseError{sqlite3_errstr(status)});
   return connection;

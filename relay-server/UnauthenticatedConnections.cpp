@@ -11,15 +11,18 @@ UnauthenticatedConnections::Ticket::~Ticket() {
   if (listed_) all_.tickets_.erase(place_);
 }
 
-std::unique_ptr<UnauthenticatedConnections::Ticket> UnauthenticatedConnections::admit(std::function<void(CloseCode)> turnAway) {
+std::unique_ptr<UnauthenticatedConnections::Ticket> UnauthenticatedConnections::admit(
+    std::function<void(CloseCode)> turnAway) {
   auto ticket = std::make_unique<Ticket>(*this, std::move(turnAway));
-  while (tickets_.size() > limit_) turnOldestAway(CloseCode::tryAgainLater);
+  while (tickets_.size() > limit_)
+    turnOldestAway(CloseCode::tryAgainLater);
   return ticket;
 }
 
 void UnauthenticatedConnections::turnAllAway(CloseCode code) {
   limit_ = 0;
-  while (!tickets_.empty()) turnOldestAway(code);
+  while (!tickets_.empty())
+    turnOldestAway(code);
 }
 
 void UnauthenticatedConnections::turnOldestAway(CloseCode code) {

@@ -30,7 +30,8 @@ class UnauthenticatedConnections {
   };
 
   explicit UnauthenticatedConnections(std::size_t limit) : limit_(limit) {}
-  /// `turnAway` is called at most once, with the reason; it must not wait and must not destroy the ticket before returning.
+  /// `turnAway` is called at most once, with the reason; it must not wait and must not destroy the ticket before
+  /// returning.
   [[nodiscard]] std::unique_ptr<Ticket> admit(std::function<void(CloseCode)> turnAway);
   /// From now on newcomers are turned away at once.
   void turnAllAway(CloseCode code);

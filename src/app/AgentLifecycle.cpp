@@ -20,8 +20,7 @@ constexpr Seconds promptDetectionDelay{0.3};
 }  // namespace
 
 AgentLifecycle::AgentLifecycle(Dependencies dependencies)
-    : dependencies_(dependencies),
-      lastAccessibilityTrusted_(dependencies.platform.accessibility.isProcessTrusted()) {}
+    : dependencies_(dependencies), lastAccessibilityTrusted_(dependencies.platform.accessibility.isProcessTrusted()) {}
 
 AgentLifecycle::~AgentLifecycle() = default;
 
@@ -49,7 +48,8 @@ void AgentLifecycle::terminateOtherAgents() {
   Applications& applications = dependencies_.platform.applications;
   for (const char* identifier : agentBundleIdentifiers) {
     for (const RunningApplication& agent : applications.applicationsWithBundleIdentifier(identifier)) {
-      if (agent.processIdentifier != applications.ownProcessIdentifier()) applications.terminate(agent.processIdentifier);
+      if (agent.processIdentifier != applications.ownProcessIdentifier())
+        applications.terminate(agent.processIdentifier);
     }
   }
 }
@@ -109,7 +109,7 @@ void AgentLifecycle::handleAccessibilityStatusChangeIfNeeded(bool forceRefresh) 
     lastAccessibilityTrusted_ = trusted;
     if (trusted) {
       dependencies_.scanCycle.publishCurrentApprovalSnapshot(false);
-      dependencies_.scanCycle.scheduleScan("accessibility-granted");
+      dependencies_.scanCycle.scheduleConfirmedScan("accessibility-granted");
     } else {
       dependencies_.scanCycle.emptyWithoutTrust();
     }

@@ -15,8 +15,8 @@
 
 namespace tallyfox {
 
-/// Starts and stops the agent in a fixed order, sees to it that only one runs, and follows the accessibility permission.
-/// Main thread.
+/// Starts and stops the agent in a fixed order, sees to it that only one runs, and follows the accessibility
+/// permission. Main thread.
 class AgentLifecycle {
  public:
   struct Dependencies {

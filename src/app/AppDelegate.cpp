@@ -23,16 +23,16 @@ namespace {
 struct Detection {
   explicit Detection(const AgentPlatform& platform)
       : suppressionStore(platform.defaults),
-        detector({.accessibility = platform.accessibility,
-                  .elements = platform.accessibilityElements,
-                  .applications = platform.applications,
-                  .windowList = platform.windowList,
-                  .clock = platform.clock,
-                  .console = platform.console,
-                  .isSuppressed = [this](const Uuid& suppressionID) { return suppressionStore.contains(suppressionID); },
-                  .diagnosticsEnabled = [configuration = AgentConfiguration(platform.environment)] {
-                    return configuration.dialogDiagnostics();
-                  }}),
+        detector(
+            {.accessibility = platform.accessibility,
+             .elements = platform.accessibilityElements,
+             .applications = platform.applications,
+             .windowList = platform.windowList,
+             .clock = platform.clock,
+             .console = platform.console,
+             .isSuppressed = [this](const Uuid& suppressionID) { return suppressionStore.contains(suppressionID); },
+             .diagnosticsEnabled = [configuration = AgentConfiguration(
+                                        platform.environment)] { return configuration.dialogDiagnostics(); }}),
         worker(detector, platform.scanQueue, platform.mainQueue) {}
 
   ApprovalSuppressionStore suppressionStore;
@@ -89,8 +89,10 @@ AppDelegate::Parts::Parts(AgentPlatform givenPlatform, AgentInterface& givenInte
                  .pauseStore = notificationPauseStore,
                  .scan =
                      [detected = detection](std::function<void(std::vector<PendingApproval>)> completion) {
-                       detected->worker.scan([detected, completion = std::move(completion)](
-                                                 std::vector<PendingApproval> approvals) { completion(std::move(approvals)); });
+                       detected->worker.scan(
+                           [detected, completion = std::move(completion)](std::vector<PendingApproval> approvals) {
+                             completion(std::move(approvals));
+                           });
                      },
                  .publishSnapshot =
                      [this](const std::vector<PendingApproval>& approvals, bool accessibilityTrusted, bool force) {
@@ -102,18 +104,19 @@ AppDelegate::Parts::Parts(AgentPlatform givenPlatform, AgentInterface& givenInte
                        .accessibility = platform.accessibility,
                        .elements = platform.accessibilityElements,
                        .console = platform.console}),
-      relaySession({.mainQueue = platform.mainQueue,
-                    .makeQueue = platform.makeQueue,
-                    .clock = platform.clock,
-                    .console = platform.console,
-                    .http = platform.http,
-                    .webSockets = platform.webSockets,
-                    .pairing = pairing,
-                    .store = store,
-                    .suppressionStore = detection->suppressionStore,
-                    .scanCycle = scanCycle,
-                    .interface = interface,
-                    .decide = [this](const ApprovalRequestEnvelope& envelope) { return remoteDecisions.carryOut(envelope); }}),
+      relaySession(
+          {.mainQueue = platform.mainQueue,
+           .makeQueue = platform.makeQueue,
+           .clock = platform.clock,
+           .console = platform.console,
+           .http = platform.http,
+           .webSockets = platform.webSockets,
+           .pairing = pairing,
+           .store = store,
+           .suppressionStore = detection->suppressionStore,
+           .scanCycle = scanCycle,
+           .interface = interface,
+           .decide = [this](const ApprovalRequestEnvelope& envelope) { return remoteDecisions.carryOut(envelope); }}),
       lifecycle({.platform = platform,
                  .interface = interface,
                  .configuration = configuration,
@@ -126,19 +129,29 @@ AppDelegate::AppDelegate(AgentPlatform platform, AgentInterface& interface)
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching() { parts_->lifecycle.start(); }
+void AppDelegate::applicationDidFinishLaunching() {
+  parts_->lifecycle.start();
+}
 
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
   showStatusWindow();
   return true;
 }
 
-void AppDelegate::applicationWillTerminate() { parts_->lifecycle.stop(); }
+void AppDelegate::applicationWillTerminate() {
+  parts_->lifecycle.stop();
+}
 
-void AppDelegate::quit() { parts_->platform.terminateApplication(); }
+void AppDelegate::quit() {
+  parts_->platform.terminateApplication();
+}
 
-void AppDelegate::showStatusWindow() { parts_->interface.showStatusWindow(); }
+void AppDelegate::showStatusWindow() {
+  parts_->interface.showStatusWindow();
+}
 
-void AppDelegate::unpairPhoneFromStatusWindow() { parts_->relaySession.unpairPhoneFromStatusWindow(); }
+void AppDelegate::unpairPhoneFromStatusWindow() {
+  parts_->relaySession.unpairPhoneFromStatusWindow();
+}
 
 }  // namespace tallyfox

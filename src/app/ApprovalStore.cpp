@@ -62,7 +62,8 @@ std::vector<PendingApproval> ApprovalStore::all() const {
   return queue_.sync([&] {
     std::vector<PendingApproval> result;
     result.reserve(approvalsByID_.size());
-    for (const auto& [id, approval] : approvalsByID_) result.push_back(approval);
+    for (const auto& [id, approval] : approvalsByID_)
+      result.push_back(approval);
     // The id decides between equals, so that an unchanged store always gives the same list and thus the same digest.
     std::ranges::sort(result, {}, [](const PendingApproval& a) { return std::tie(a.detectedAt, a.id); });
     return result;

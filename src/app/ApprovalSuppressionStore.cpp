@@ -36,7 +36,8 @@ bool ApprovalSuppressionStore::contains(const Uuid& id) const {
 void ApprovalSuppressionStore::save() {
   // The order of the bytes is the order of their upper-case texts.
   std::vector<std::string> texts;
-  for (const Uuid& id : suppressedIDs_) texts.push_back(id.text());
+  for (const Uuid& id : suppressedIDs_)
+    texts.push_back(id.text());
   defaults_.setObject(key_, texts);
 }
 

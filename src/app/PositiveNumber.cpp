@@ -13,9 +13,15 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 /// Beyond every exponent that a double can have, even behind a text's worth of leading or trailing zeros.
 constexpr std::int64_t exponentCeiling = 1'000'000'000'000;
 
-char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-bool isDecimalDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDecimalDigit(c) || (lowered(c) >= 'a' && lowered(c) <= 'f'); }
+char lowered(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+bool isDecimalDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool isHexDigit(char c) {
+  return isDecimalDigit(c) || (lowered(c) >= 'a' && lowered(c) <= 'f');
+}
 
 bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) {
   return std::ranges::equal(text, lowerCase, {}, lowered);
@@ -45,7 +51,8 @@ std::optional<std::int64_t> takenExponent(std::string_view& rest) {
   const std::string_view digits = takenDigits(rest, isDecimalDigit);
   if (digits.empty()) return std::nullopt;
   std::int64_t value = 0;
-  for (const char c : digits) value = std::min(value * 10 + (c - '0'), exponentCeiling);
+  for (const char c : digits)
+    value = std::min(value * 10 + (c - '0'), exponentCeiling);
   return isNegative ? -value : value;
 }
 

@@ -42,15 +42,15 @@ void RelaySession::startRelayIfConfigured() {
 }
 
 void RelaySession::registerToken(const RelayLaunchConfiguration& configuration, const InstallationSecrets& secrets) {
-  auto finish = lifetime_.guard([this, generation = relayGeneration_, url = configuration.relayURL,
-                                 secrets](const RegistrationResult& result) {
-    finishRelayRegistration(generation, url, secrets, result);
-  });
-  registration_ = registerRelayAuthToken(
-      dependencies_.http, configuration, secrets.relayAuthToken,
-      [&mainQueue = dependencies_.mainQueue, finish](const RegistrationResult& result) {
-        mainQueue.post([finish, result]() mutable { finish(result); });
+  auto finish = lifetime_.guard(
+      [this, generation = relayGeneration_, url = configuration.relayURL, secrets](const RegistrationResult& result) {
+        finishRelayRegistration(generation, url, secrets, result);
       });
+  registration_ =
+      registerRelayAuthToken(dependencies_.http, configuration, secrets.relayAuthToken,
+                             [&mainQueue = dependencies_.mainQueue, finish](const RegistrationResult& result) {
+                               mainQueue.post([finish, result]() mutable { finish(result); });
+                             });
 }
 
 void RelaySession::finishRelayRegistration(std::int64_t generation, const std::string& url,
@@ -105,8 +105,8 @@ std::function<void(Value)> RelaySession::onMainQueue(void (RelaySession::*handle
 }
 
 void RelaySession::scheduleRelayStartupRetry() {
-  startupRetryTimer_ = dependencies_.mainQueue.after(startupRetryDelay,
-                                                     lifetime_.guard([this] { startRelayIfConfigured(); }));
+  startupRetryTimer_ =
+      dependencies_.mainQueue.after(startupRetryDelay, lifetime_.guard([this] { startRelayIfConfigured(); }));
 }
 
 void RelaySession::publishSnapshot(const std::vector<PendingApproval>& approvals, bool accessibilityTrusted,
@@ -135,7 +135,7 @@ void RelaySession::handleRelaySuppressionCommand(const ApprovalSuppressionComman
     dependencies_.scanCycle.recount();
   } else if (command.action == "unsuppress") {
     dependencies_.suppressionStore.unsuppress(command.suppressionID);
-    dependencies_.scanCycle.scheduleScan("unsuppressed");
+    dependencies_.scanCycle.scheduleConfirmedScan("unsuppressed");
   }
 }
 
@@ -156,9 +156,8 @@ void RelaySession::unpairPhoneFromStatusWindow() {
     if (attempt == unpairAttempt_ && pairingResetInProgress_) rotatePairingIdentityAfterUnpair();
   });
   unpairTimeout_ = dependencies_.mainQueue.after(unpairPatience, proceed);
-  client_->unpairPhone(std::nullopt, [&mainQueue = dependencies_.mainQueue, proceed](const auto& /*sent*/) {
-    mainQueue.post(proceed);
-  });
+  client_->unpairPhone(
+      std::nullopt, [&mainQueue = dependencies_.mainQueue, proceed](const auto& /*sent*/) { mainQueue.post(proceed); });
 }
 
 void RelaySession::rotatePairingIdentityAfterUnpair() {

@@ -14,8 +14,8 @@
 
 namespace tallyfox {
 
-/// Carries out what the phone decided about a dialog. Main thread; blocks it while a button is pressed, so decisions are
-/// carried out one after the other.
+/// Carries out what the phone decided about a dialog. Main thread; blocks it while a button is pressed, so decisions
+/// are carried out one after the other.
 class RemoteDecisions {
  public:
   struct Dependencies {

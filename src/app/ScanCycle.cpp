@@ -26,33 +26,46 @@ void ScanCycle::scheduleScan(const std::string& /*reason*/) {
     return;
   }
   scanInFlight_ = true;
-  dependencies_.scan(
-      lifetime_.guard([this](const std::vector<PendingApproval>& approvals) { finishScan(approvals); }));
+  dependencies_.scan(lifetime_.guard([this](const std::vector<PendingApproval>& approvals) { finishScan(approvals); }));
 }
 
-void ScanCycle::discardScanInFlight() { scanOutdated_ = scanInFlight_; }
+void ScanCycle::scheduleConfirmedScan(const std::string& reason) {
+  // A scan in flight may have passed the place already: then its follow-up is the first of the two.
+  followUpNeedsConfirmation_ |= scanInFlight_;
+  if (!scanInFlight_) scheduleScan(reason);
+  scheduleScan(reason);
+}
+
+void ScanCycle::discardScanInFlight() {
+  scanOutdated_ = scanInFlight_;
+}
 
 void ScanCycle::finishScan(const std::vector<PendingApproval>& approvals) {
   scanInFlight_ = false;
   const bool again = std::exchange(scanRequestedWhileInFlight_, false);
+  const bool confirmed = std::exchange(followUpNeedsConfirmation_, false);
   if (isStopped_) return;
   if (std::exchange(scanOutdated_, false)) {
     scheduleScan("scan-outdated");
-    return;
+  } else {
+    take(approvals);
+    if (again) scheduleScan("requested-while-in-flight");
   }
+  if (confirmed) scheduleScan("confirmation");
+}
 
+void ScanCycle::take(const std::vector<PendingApproval>& approvals) {
   if (!dependencies_.accessibility.isProcessTrusted()) {
     emptyWithoutTrust();
-  } else {
-    dependencies_.store.replace(approvals);
-    const std::vector<PendingApproval> current = dependencies_.store.all();
-    pendingApprovalCount_ = static_cast<std::int64_t>(current.size());
-    publishCurrentApprovalSnapshot(false);
-    notifyNew(current);
-    updateStatus(pendingApprovalCount_);
-    scheduleStaleCleanupIfNeeded(approvals.size(), current.size());
+    return;
   }
-  if (again) scheduleScan("requested-while-in-flight");
+  dependencies_.store.replace(approvals);
+  const std::vector<PendingApproval> current = dependencies_.store.all();
+  pendingApprovalCount_ = static_cast<std::int64_t>(current.size());
+  publishCurrentApprovalSnapshot(false);
+  notifyNew(current);
+  updateStatus(pendingApprovalCount_);
+  scheduleStaleCleanupIfNeeded(approvals.size(), current.size());
 }
 
 void ScanCycle::emptyWithoutTrust() {

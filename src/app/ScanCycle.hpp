@@ -46,6 +46,9 @@ class ScanCycle {
   /// Starts a scan, or makes one follow the scan in flight. Nothing without a usable relay configuration. The reason is
   /// for the reader of a call only.
   void scheduleScan(const std::string& reason);
+  /// A scan and one that confirms it: a dialog is reported from the second scan on that sees it, so where no further
+  /// event is to be expected, one scan alone would bring nothing new to light.
+  void scheduleConfirmedScan(const std::string& reason);
   /// The scan in flight, if any, began before something that it cannot know: its result will be thrown away and a new
   /// scan takes its place.
   void discardScanInFlight();
@@ -65,6 +68,8 @@ class ScanCycle {
 
  private:
   void finishScan(const std::vector<PendingApproval>& approvals);
+  /// Lets one scan's result take effect.
+  void take(const std::vector<PendingApproval>& approvals);
   void notifyNew(const std::vector<PendingApproval>& current);
   void notify(const PendingApproval& approval);
   void scheduleStaleCleanupIfNeeded(std::size_t scannedCount, std::size_t publishedCount);
@@ -73,6 +78,7 @@ class ScanCycle {
   std::int64_t pendingApprovalCount_ = 0;
   bool scanInFlight_ = false;
   bool scanRequestedWhileInFlight_ = false;
+  bool followUpNeedsConfirmation_ = false;
   bool scanOutdated_ = false;
   bool isStopped_ = false;
   std::unordered_set<Uuid> lastNotifiedIDs_;

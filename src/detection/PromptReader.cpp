@@ -30,6 +30,12 @@ class MessageLines {
   std::unordered_set<std::string> taken_;
 };
 
+/// After those of the same left edge.
+void insertLeftToRight(std::vector<DialogButton>& buttons, DialogButton button) {
+  const auto place = std::ranges::upper_bound(buttons, button.x, {}, &DialogButton::x);
+  buttons.insert(place, std::move(button));
+}
+
 }  // namespace
 
 std::vector<std::string> PromptContent::buttonLabels() const {
@@ -104,14 +110,13 @@ PromptContent PromptReader::read(const AXUIElement& window, const AXUIElement& c
   for (const AXUIElement& element : helpers_.deeplyNestedChildren(contentElement, limits::contentDescendants)) {
     const std::string role = helpers_.role(element);
     if (role == ax_role::button) {
-      if (auto button = liveButton(element)) content.buttons.push_back(std::move(button->button));
+      if (auto live = liveButton(element)) insertLeftToRight(content.buttons, std::move(live->button));
     } else if (role == ax_role::staticText) {
       texts.push_back(element);
     } else if (std::ranges::find(navigationRoles, std::string_view(role)) != navigationRoles.end()) {
       content.hasNavigationChrome = true;
     }
   }
-  std::ranges::stable_sort(content.buttons, {}, &DialogButton::x);
 
   MessageLines wanted(content.buttons);
   std::vector<TextLine> lines;

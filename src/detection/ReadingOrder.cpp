@@ -13,7 +13,7 @@ namespace {
 constexpr double rowHeight = 6.0;
 
 struct PlacedLine {
-  TextLine line;
+  DialogFrame frame;
   std::size_t given = 0;
   std::size_t row = 0;
 };
@@ -21,30 +21,26 @@ struct PlacedLine {
 }  // namespace
 
 std::vector<std::string> inReadingOrder(std::vector<TextLine> lines) {
-  const auto unplaced =
-      std::ranges::stable_partition(lines, [](const TextLine& line) { return line.frame.has_value(); });
-  const auto placedCount = static_cast<std::size_t>(unplaced.begin() - lines.begin());
   std::vector<PlacedLine> placed;
-  placed.reserve(placedCount);
-  for (std::size_t i = 0; i < placedCount; ++i)
-    placed.push_back({std::move(lines[i]), i, 0});
-
-  std::ranges::stable_sort(placed, {}, [](const PlacedLine& entry) { return entry.line.frame->y; });
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i].frame) placed.push_back({*lines[i].frame, i, 0});
+  }
+  std::ranges::sort(placed, {}, [](const PlacedLine& line) { return std::tuple(line.frame.y, line.given); });
   // "Same row" is not transitive between pairs of texts; measured from each row's first text it is a true order.
   std::size_t first = 0;
   for (std::size_t i = 0; i < placed.size(); ++i) {
-    if (placed[i].line.frame->y - placed[first].line.frame->y > rowHeight) first = i;
+    if (placed[i].frame.y - placed[first].frame.y > rowHeight) first = i;
     placed[i].row = first;
   }
-  std::ranges::sort(placed, {},
-                    [](const PlacedLine& entry) { return std::tuple(entry.row, entry.line.frame->x, entry.given); });
+  std::ranges::sort(placed, {}, [](const PlacedLine& line) { return std::tuple(line.row, line.frame.x, line.given); });
 
   std::vector<std::string> texts;
   texts.reserve(lines.size());
-  for (PlacedLine& entry : placed)
-    texts.push_back(std::move(entry.line.text));
-  for (TextLine& line : unplaced)
-    texts.push_back(std::move(line.text));
+  for (const PlacedLine& line : placed)
+    texts.push_back(std::move(lines[line.given].text));
+  for (TextLine& line : lines) {
+    if (!line.frame) texts.push_back(std::move(line.text));
+  }
   return texts;
 }
 

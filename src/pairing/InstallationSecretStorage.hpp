@@ -41,7 +41,8 @@ struct InstallationSecretStorage {
   std::function<std::expected<std::optional<Bytes>, KeychainError>()> readKeychain;
   std::function<bool(ByteView)> writeKeychain;
 
-  [[nodiscard]] std::expected<InstallationSecrets, SecretsError> loadOrCreate(const std::optional<std::string>& seed) const;
+  [[nodiscard]] std::expected<InstallationSecrets, SecretsError> loadOrCreate(
+      const std::optional<std::string>& seed) const;
 };
 
 }  // namespace tallyfox

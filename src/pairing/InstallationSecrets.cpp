@@ -15,8 +15,12 @@ namespace {
 constexpr std::string_view defaultPrefix = "tallyfox";
 constexpr std::size_t pairingIDBytes = 16;
 
-bool isAsciiAlphanumeric(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-bool isUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+bool isAsciiAlphanumeric(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+bool isUtf8Continuation(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
 
 /// Relays take ASCII in a pairing id only, so a character beyond it is replaced like a punctuation mark: by one "-".
 std::string sanitized(std::string_view text) {

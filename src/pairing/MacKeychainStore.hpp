@@ -10,7 +10,8 @@
 
 namespace tallyfox {
 
-/// Items of the service "com.tallyfox.agent" in the data-protection keychain, else the legacy one. Blocking; any thread.
+/// Items of the service "com.tallyfox.agent" in the data-protection keychain, else the legacy one. Blocking; any
+/// thread.
 class MacKeychainStore {
  public:
   MacKeychainStore(Keychain& keychain, Console& console) : keychain_(keychain), console_(console) {}

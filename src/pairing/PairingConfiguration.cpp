@@ -43,7 +43,8 @@ std::optional<RelayLaunchConfiguration> PairingConfiguration::bundledConfigurati
   };
   if (!*resource) return refuse(resource->error());
   RelayLaunchConfiguration configuration;
-  for (const auto& [key, field] : {std::pair{"relayURL", &configuration.relayURL}, {"pairingID", &configuration.pairingID}}) {
+  for (const auto& [key, field] :
+       {std::pair{"relayURL", &configuration.relayURL}, {"pairingID", &configuration.pairingID}}) {
     const auto member = (*resource)->find(key);
     if (member == (*resource)->end()) return refuse(std::string("The text \"") + key + "\" is missing.");
     *field = member->second;

@@ -23,8 +23,9 @@ std::expected<std::int32_t, AXError> AtspiActions::pressIndex(const AtspiReferen
   AtspiBus* bus = reading_.session().bus();
   if (bus == nullptr) return std::unexpected(AXError::notTrusted);
   std::expected<std::int32_t, AXError> count = 0;
-  bus->send({reference, "org.freedesktop.DBus.Properties", "Get", {std::string(actionInterface), std::string("NActions")}},
-            [&count](AtspiBus::Answer answer) { count = reply::variantNumber(answer); });
+  bus->send(
+      {reference, "org.freedesktop.DBus.Properties", "Get", {std::string(actionInterface), std::string("NActions")}},
+      [&count](AtspiBus::Answer answer) { count = reply::variantNumber(answer); });
   bus->run();
   if (!count) return std::unexpected(count.error());
   std::vector<std::string> names(static_cast<std::size_t>(std::clamp(*count, 0, actionsRead)));
@@ -89,7 +90,8 @@ AtspiActions::Outcome AtspiActions::activateApplication(std::int32_t processIden
       screen.windows, [=](const XWindow& window) { return window.processIdentifier == processIdentifier; });
   X11Desktop* desktop = reading_.session().desktop();
   if (own == screen.windows.end() || desktop == nullptr) return std::unexpected(AXError::invalidElement);
-  const auto active = std::ranges::find_if(screen.windows, [&](const XWindow& window) { return window.id == screen.active; });
+  const auto active =
+      std::ranges::find_if(screen.windows, [&](const XWindow& window) { return window.id == screen.active; });
   if (active != screen.windows.end() && active->processIdentifier == processIdentifier) return {};
   return desktop->activate(own->id) ? Outcome() : std::unexpected(AXError::cannotComplete);
 }
@@ -114,7 +116,8 @@ AtspiActions::Outcome AtspiActions::setOfApplication(std::int32_t processIdentif
   const auto* element = std::get_if<AXUIElement>(&value);
   const AtspiElement* object = element == nullptr ? nullptr : AtspiElement::of(*element);
   if (object == nullptr || object->kind() != AtspiElement::Kind::object) return unsupported;
-  if (attribute == AXAttribute::focusedWindow || attribute == AXAttribute::mainWindow) return activate(object->reference());
+  if (attribute == AXAttribute::focusedWindow || attribute == AXAttribute::mainWindow)
+    return activate(object->reference());
   if (attribute == AXAttribute::focusedUIElement) return grabFocus(object->reference());
   return unsupported;
 }
@@ -125,7 +128,8 @@ AtspiActions::Outcome AtspiActions::setOfObject(const AtspiReference& reference,
   if (attribute == AXAttribute::minimized) {
     if (!window || !window->screenWindow || desktop == nullptr) return unsupported;
     if (window->screenWindow->isMinimized == value) return {};
-    return desktop->setMinimized(window->screenWindow->id, value) ? Outcome() : std::unexpected(AXError::cannotComplete);
+    return desktop->setMinimized(window->screenWindow->id, value) ? Outcome()
+                                                                  : std::unexpected(AXError::cannotComplete);
   }
   // Focus and the front are taken, never given away.
   if (!value) return unsupported;

@@ -24,43 +24,53 @@ Value textValue(std::string text) {
 }
 
 bool isOnAScreen(const AtspiExtents& extents) {
-  return std::abs(extents.x) < farthest && std::abs(extents.y) < farthest && extents.width >= 0 && extents.height >= 0 &&
-         extents.width < farthest && extents.height < farthest;
+  return std::abs(extents.x) < farthest && std::abs(extents.y) < farthest && extents.width >= 0 &&
+         extents.height >= 0 && extents.width < farthest && extents.height < farthest;
 }
 
 }  // namespace
 
 Value AtspiAttributes::copy(const AtspiElement& element, AXAttribute attribute) {
   switch (element.kind()) {
-    case AtspiElement::Kind::systemWide: return copyOfSystem(attribute);
-    case AtspiElement::Kind::application: return copyOfApplication(element.processIdentifier(), attribute);
-    case AtspiElement::Kind::object: return copyOfObject(element.reference(), attribute);
+    case AtspiElement::Kind::systemWide:
+      return copyOfSystem(attribute);
+    case AtspiElement::Kind::application:
+      return copyOfApplication(element.processIdentifier(), attribute);
+    case AtspiElement::Kind::object:
+      return copyOfObject(element.reference(), attribute);
   }
   return unsupported;
 }
 
 Value AtspiAttributes::copyOfSystem(AXAttribute attribute) {
   switch (attribute) {
-    case AXAttribute::role: return std::string("AXSystemWide");
-    case AXAttribute::focusedWindow: return windowValue(activeWindow(std::nullopt));
-    case AXAttribute::focusedUIElement: return focusedElementValue(activeWindow(std::nullopt));
-    default: return unsupported;
+    case AXAttribute::role:
+      return std::string("AXSystemWide");
+    case AXAttribute::focusedWindow:
+      return windowValue(activeWindow(std::nullopt));
+    case AXAttribute::focusedUIElement:
+      return focusedElementValue(activeWindow(std::nullopt));
+    default:
+      return unsupported;
   }
 }
 
 Value AtspiAttributes::copyOfApplication(std::int32_t processIdentifier, AXAttribute attribute) {
   switch (attribute) {
-    case AXAttribute::role: return std::string("AXApplication");
+    case AXAttribute::role:
+      return std::string("AXApplication");
     case AXAttribute::windows:
-    case AXAttribute::children: return windowsValue(processIdentifier);
+    case AXAttribute::children:
+      return windowsValue(processIdentifier);
     case AXAttribute::mainWindow:
-    case AXAttribute::focusedWindow: return windowValue(activeWindow(processIdentifier));
-    case AXAttribute::focusedUIElement: return focusedElementValue(activeWindow(processIdentifier));
+    case AXAttribute::focusedWindow:
+      return windowValue(activeWindow(processIdentifier));
+    case AXAttribute::focusedUIElement:
+      return focusedElementValue(activeWindow(processIdentifier));
     case AXAttribute::frontmost: {
       const AtspiScreen& screen = reading_.screen();
-      const auto active = std::ranges::find(screen.windows, screen.active, [](const XWindow& window) {
-        return std::optional<XWindowID>(window.id);
-      });
+      const auto active = std::ranges::find(screen.windows, screen.active,
+                                            [](const XWindow& window) { return std::optional<XWindowID>(window.id); });
       return active != screen.windows.end() && active->processIdentifier == processIdentifier;
     }
     case AXAttribute::title: {
@@ -69,29 +79,45 @@ Value AtspiAttributes::copyOfApplication(std::int32_t processIdentifier, AXAttri
       const auto name = *reading_.read(roots.front(), fact::name).name;
       return name ? textValue(*name) : std::unexpected(name.error());
     }
-    default: return unsupported;
+    default:
+      return unsupported;
   }
 }
 
 Value AtspiAttributes::copyOfObject(const AtspiReference& reference, AXAttribute attribute) {
   switch (attribute) {
-    case AXAttribute::role: return role(reference);
-    case AXAttribute::subrole: return subrole(reference);
-    case AXAttribute::title: return title(reference);
-    case AXAttribute::description: return description(reference);
-    case AXAttribute::value: return value(reference);
-    case AXAttribute::modal: return modal(reference);
-    case AXAttribute::enabled: return enabled(reference);
-    case AXAttribute::children: return children(reference);
-    case AXAttribute::parent: return parent(reference);
+    case AXAttribute::role:
+      return role(reference);
+    case AXAttribute::subrole:
+      return subrole(reference);
+    case AXAttribute::title:
+      return title(reference);
+    case AXAttribute::description:
+      return description(reference);
+    case AXAttribute::value:
+      return value(reference);
+    case AXAttribute::modal:
+      return modal(reference);
+    case AXAttribute::enabled:
+      return enabled(reference);
+    case AXAttribute::children:
+      return children(reference);
+    case AXAttribute::parent:
+      return parent(reference);
     case AXAttribute::position:
-    case AXAttribute::size: return frame(reference, attribute);
-    case AXAttribute::defaultButton: return defaultButton(reference);
-    case AXAttribute::minimized: return minimized(reference);
-    case AXAttribute::main: return main(reference);
-    case AXAttribute::focused: return focused(reference);
+    case AXAttribute::size:
+      return frame(reference, attribute);
+    case AXAttribute::defaultButton:
+      return defaultButton(reference);
+    case AXAttribute::minimized:
+      return minimized(reference);
+    case AXAttribute::main:
+      return main(reference);
+    case AXAttribute::focused:
+      return focused(reference);
     // No toolkit here says which button cancels, and the rest belongs to applications.
-    default: return unsupported;
+    default:
+      return unsupported;
   }
 }
 
@@ -238,7 +264,8 @@ Value AtspiAttributes::value(const AtspiReference& reference) {
       const auto states = *reading_.read(reference, fact::states).states;
       return states ? Value(has(*states, AtspiState::checked)) : Value(std::unexpected(states.error()));
     }
-    default: return unsupported;
+    default:
+      return unsupported;
   }
 }
 

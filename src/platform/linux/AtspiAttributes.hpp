@@ -11,8 +11,8 @@
 
 namespace tallyfox::linux_os {
 
-/// The value of an attribute, from what a reading knows or then asks: the one place that says what an AX attribute is in
-/// terms of AT-SPI and X.
+/// The value of an attribute, from what a reading knows or then asks: the one place that says what an AX attribute is
+/// in terms of AT-SPI and X.
 class AtspiAttributes {
  public:
   using Value = std::expected<AXValue, AXError>;

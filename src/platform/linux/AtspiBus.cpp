@@ -21,16 +21,19 @@ constexpr std::size_t callsInFlight = 64;
 constexpr std::size_t rememberedPeers = 512;
 
 int append(sd_bus_message* message, const AtspiArgument& argument) {
-  if (const auto* text = std::get_if<std::string>(&argument)) return sd_bus_message_append_basic(message, 's', text->c_str());
-  if (const auto* number = std::get_if<std::int32_t>(&argument)) return sd_bus_message_append_basic(message, 'i', number);
+  if (const auto* text = std::get_if<std::string>(&argument))
+    return sd_bus_message_append_basic(message, 's', text->c_str());
+  if (const auto* number = std::get_if<std::int32_t>(&argument))
+    return sd_bus_message_append_basic(message, 'i', number);
   return sd_bus_message_append_basic(message, 'u', std::get_if<std::uint32_t>(&argument));
 }
 
 AXError errorNamed(std::string_view name) {
-  constexpr auto goneNames = std::to_array<std::string_view>(
-      {SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER, SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_DISCONNECTED,
-       SD_BUS_ERROR_NO_REPLY});
-  constexpr auto slowNames = std::to_array<std::string_view>({SD_BUS_ERROR_TIMEOUT, "org.freedesktop.DBus.Error.TimedOut"});
+  constexpr auto goneNames =
+      std::to_array<std::string_view>({SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER,
+                                       SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_DISCONNECTED, SD_BUS_ERROR_NO_REPLY});
+  constexpr auto slowNames =
+      std::to_array<std::string_view>({SD_BUS_ERROR_TIMEOUT, "org.freedesktop.DBus.Error.TimedOut"});
   if (std::ranges::find(goneNames, name) != goneNames.end()) return AXError::invalidElement;
   if (std::ranges::find(slowNames, name) != slowNames.end()) return AXError::cannotComplete;
   return AXError::unsupported;
@@ -64,7 +67,9 @@ AtspiBus::~AtspiBus() {
   }
 }
 
-bool AtspiBus::isOpen() const { return sd_bus_is_open(bus_.get()) > 0; }
+bool AtspiBus::isOpen() const {
+  return sd_bus_is_open(bus_.get()) > 0;
+}
 
 AtspiBus::Peer& AtspiBus::peer(const std::string& busName) {
   const auto [place, isNew] = peers_.try_emplace(busName);
@@ -114,7 +119,8 @@ bool AtspiBus::sendNow(Peer& peer, AtspiCall call, Handler& handler) {
 
   // The connection holds the flight until it lands; ~AtspiBus frees what never does.
   const auto timeout = std::max(timeoutOfAll_.value_or(peer.timeout), std::chrono::microseconds(1));
-  auto flight = std::unique_ptr<Flight>(new Flight{*this, call.target.busName, peer, {}, Clock::now(), timeout, nullptr});
+  auto flight =
+      std::unique_ptr<Flight>(new Flight{*this, call.target.busName, peer, {}, Clock::now(), timeout, nullptr});
   sd_bus_slot* slot = nullptr;
   result = sd_bus_call_async(bus_.get(), &slot, message.get(), onReply, flight.get(),
                              static_cast<std::uint64_t>(timeout.count()));
@@ -154,7 +160,8 @@ void AtspiBus::land(Flight* flight, sd_bus_message* message) {
 /// Every D-Bus library answers a ping from the program's own loop: the first sign of life.
 void AtspiBus::probe(const std::string& busName, Peer& peer) {
   sd_bus_message* made = nullptr;
-  int result = sd_bus_message_new_method_call(bus_.get(), &made, busName.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
+  int result =
+      sd_bus_message_new_method_call(bus_.get(), &made, busName.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
   const SdBusMessageHandle message(made);
   sd_bus_slot* slot = nullptr;
   if (result >= 0) result = sd_bus_call_async(bus_.get(), &slot, message.get(), onProbeAnswer, &peer, UINT64_MAX);

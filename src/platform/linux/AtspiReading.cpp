@@ -50,7 +50,9 @@ std::expected<T, AXError> ofLiving(std::expected<T, AXError> answer) {
   return answer;
 }
 
-std::expected<std::uint32_t, AXError> livingRole(AtspiBus::Answer answer) { return ofLiving(reply::unsignedNumber(answer)); }
+std::expected<std::uint32_t, AXError> livingRole(AtspiBus::Answer answer) {
+  return ofLiving(reply::unsignedNumber(answer));
+}
 
 std::expected<AtspiStates, AXError> livingStates(AtspiBus::Answer answer) {
   auto states = ofLiving(reply::states(answer));
@@ -77,7 +79,9 @@ AtspiFacts& AtspiReading::own(const AtspiReference& reference) {
   return facts_.emplace(reference, outer == nullptr ? AtspiFacts{} : *outer).first->second;
 }
 
-const AtspiFacts& AtspiReading::known(const AtspiReference& reference) { return own(reference); }
+const AtspiFacts& AtspiReading::known(const AtspiReference& reference) {
+  return own(reference);
+}
 
 bool AtspiReading::isPlanned(const AtspiReference& reference) const {
   const AtspiFacts* outer = outer_ == nullptr ? nullptr : outer_->found(reference);
@@ -85,7 +89,7 @@ bool AtspiReading::isPlanned(const AtspiReference& reference) const {
 }
 
 template <typename T>
-void AtspiReading::ask(const AtspiReference& reference, AtspiCall call, AtspiFact<T> AtspiFacts::*field,
+void AtspiReading::ask(const AtspiReference& reference, AtspiCall call, AtspiFact<T> AtspiFacts::* field,
                        std::expected<T, AXError> (*decoded)(AtspiBus::Answer), AtspiStep& step) {
   ++step.outstanding;
   session_.bus()->send(std::move(call), [this, reference, field, decoded, &step](AtspiBus::Answer answer) {
@@ -97,7 +101,8 @@ void AtspiReading::ask(const AtspiReference& reference, AtspiCall call, AtspiFac
 bool AtspiReading::want(const AtspiReference& reference, FactSet facts, AtspiStep& step) {
   const AtspiFacts& known = own(reference);
   FactSet missing = static_cast<FactSet>(facts & ~knownOf(known));
-  if ((missing & fact::toolkit) != 0 && session_.toolkitOf(reference.busName)) missing &= static_cast<FactSet>(~fact::toolkit);
+  if ((missing & fact::toolkit) != 0 && session_.toolkitOf(reference.busName))
+    missing &= static_cast<FactSet>(~fact::toolkit);
   if (missing == 0) return false;
   if (session_.bus() == nullptr) {
     refuse(reference, missing);
@@ -107,19 +112,22 @@ bool AtspiReading::want(const AtspiReference& reference, FactSet facts, AtspiSte
   // How many children there are decides how they are asked for.
   if (isMissing(fact::children)) askChildren(reference, step);
   if (isMissing(fact::childCount) && (known.childCount || !isMissing(fact::children)))
-    ask(reference, propertyOf(reference, accessible, "ChildCount"), &AtspiFacts::childCount, reply::variantNumber, step);
-  if (isMissing(fact::role)) ask(reference, {reference, accessible, "GetRole", {}}, &AtspiFacts::role, livingRole, step);
+    ask(reference, propertyOf(reference, accessible, "ChildCount"), &AtspiFacts::childCount, reply::variantNumber,
+        step);
+  if (isMissing(fact::role))
+    ask(reference, {reference, accessible, "GetRole", {}}, &AtspiFacts::role, livingRole, step);
   if (isMissing(fact::states))
     ask(reference, {reference, accessible, "GetState", {}}, &AtspiFacts::states, livingStates, step);
   if (isMissing(fact::name))
     ask(reference, propertyOf(reference, accessible, "Name"), &AtspiFacts::name, reply::variantText, step);
   if (isMissing(fact::description))
-    ask(reference, propertyOf(reference, accessible, "Description"), &AtspiFacts::description, reply::variantText, step);
+    ask(reference, propertyOf(reference, accessible, "Description"), &AtspiFacts::description, reply::variantText,
+        step);
   if (isMissing(fact::parent))
     ask(reference, propertyOf(reference, accessible, "Parent"), &AtspiFacts::parent, reply::variantReference, step);
   if (isMissing(fact::text)) {
-    ask(reference, {reference, "org.a11y.atspi.Text", "GetText", {std::int32_t{0}, std::int32_t{-1}}}, &AtspiFacts::text,
-        reply::text, step);
+    ask(reference, {reference, "org.a11y.atspi.Text", "GetText", {std::int32_t{0}, std::int32_t{-1}}},
+        &AtspiFacts::text, reply::text, step);
   }
   if (isMissing(fact::extents)) {
     ask(reference, {reference, "org.a11y.atspi.Component", "GetExtents", {std::uint32_t{0}}}, &AtspiFacts::extents,
@@ -158,7 +166,8 @@ void AtspiReading::askToolkit(const AtspiReference& reference, AtspiStep& step) 
 void AtspiReading::askChildren(const AtspiReference& reference, AtspiStep& step) {
   const AtspiFact<std::int32_t>& count = own(reference).childCount;
   if (!count) {
-    ask(reference, propertyOf(reference, accessible, "ChildCount"), &AtspiFacts::childCount, reply::variantNumber, step);
+    ask(reference, propertyOf(reference, accessible, "ChildCount"), &AtspiFacts::childCount, reply::variantNumber,
+        step);
     return;
   }
   if (count->value_or(1) <= 0) {
@@ -184,22 +193,22 @@ void AtspiReading::askLastChildren(const AtspiReference& reference, std::int32_t
   const auto gathering = std::make_shared<Gathering>();
   ++step.outstanding;
   for (std::int32_t place = 0; place < wideChildrenRead; ++place) {
-    session_.bus()->send(
-        {reference, accessible, "GetChildAtIndex", {count - wideChildrenRead + place}},
-        [this, reference, gathering, place, &step](AtspiBus::Answer answer) {
-          if (auto child = reply::reference(answer))
-            gathering->children[static_cast<std::size_t>(place)] = std::move(*child);
-          if (--gathering->outstanding > 0) return;
-          learnChildren(reference, std::move(gathering->children));
-          answered(step);
-        });
+    session_.bus()->send({reference, accessible, "GetChildAtIndex", {count - wideChildrenRead + place}},
+                         [this, reference, gathering, place, &step](AtspiBus::Answer answer) {
+                           if (auto child = reply::reference(answer))
+                             gathering->children[static_cast<std::size_t>(place)] = std::move(*child);
+                           if (--gathering->outstanding > 0) return;
+                           learnChildren(reference, std::move(gathering->children));
+                           answered(step);
+                         });
   }
 }
 
 void AtspiReading::learnChildren(const AtspiReference& reference,
                                  std::expected<std::vector<AtspiReference>, AXError> children) {
   if (children) {
-    std::erase_if(*children, [&reference](const AtspiReference& child) { return child.isNull() || child == reference; });
+    std::erase_if(*children,
+                  [&reference](const AtspiReference& child) { return child.isNull() || child == reference; });
     if (std::ssize(*children) > wideChildren) children->erase(children->begin(), children->end() - wideChildrenRead);
     for (const AtspiReference& child : *children) {
       if (AtspiFacts& facts = own(child); !facts.parent) facts.parent = reference;

@@ -77,7 +77,7 @@ class AtspiReading {
   [[nodiscard]] AtspiFacts& own(const AtspiReference& reference);
   [[nodiscard]] bool isPlanned(const AtspiReference& reference) const;
   template <typename T>
-  void ask(const AtspiReference& reference, AtspiCall call, AtspiFact<T> AtspiFacts::*field,
+  void ask(const AtspiReference& reference, AtspiCall call, AtspiFact<T> AtspiFacts::* field,
            std::expected<T, AXError> (*decoded)(AtspiBus::Answer), AtspiStep& step);
   void askChildren(const AtspiReference& reference, AtspiStep& step);
   void askLastChildren(const AtspiReference& reference, std::int32_t count, AtspiStep& step);

@@ -7,7 +7,9 @@
 namespace tallyfox::linux_os::reply {
 namespace {
 
-std::unexpected<AXError> wrongShape() { return std::unexpected(AXError::unsupported); }
+std::unexpected<AXError> wrongShape() {
+  return std::unexpected(AXError::unsupported);
+}
 
 std::expected<std::string, AXError> readText(sd_bus_message* message) {
   const char* text = nullptr;

@@ -20,15 +20,15 @@ struct AtspiExtents {
 
 /// Readers of replies, by the reply's signature. A reply of another shape is `unsupported`; an error stays as it is.
 namespace reply {
-[[nodiscard]] std::expected<std::string, AXError> text(AtspiBus::Answer answer);                      // s
-[[nodiscard]] std::expected<std::string, AXError> variantText(AtspiBus::Answer answer);               // v: s
-[[nodiscard]] std::expected<std::int32_t, AXError> variantNumber(AtspiBus::Answer answer);            // v: i
-[[nodiscard]] std::expected<std::uint32_t, AXError> unsignedNumber(AtspiBus::Answer answer);          // u
-[[nodiscard]] std::expected<bool, AXError> boolean(AtspiBus::Answer answer);                          // b
-[[nodiscard]] std::expected<AtspiStates, AXError> states(AtspiBus::Answer answer);                    // au
-[[nodiscard]] std::expected<AtspiExtents, AXError> extents(AtspiBus::Answer answer);                  // (iiii)
-[[nodiscard]] std::expected<AtspiReference, AXError> reference(AtspiBus::Answer answer);              // (so)
-[[nodiscard]] std::expected<AtspiReference, AXError> variantReference(AtspiBus::Answer answer);       // v: (so)
+[[nodiscard]] std::expected<std::string, AXError> text(AtspiBus::Answer answer);                        // s
+[[nodiscard]] std::expected<std::string, AXError> variantText(AtspiBus::Answer answer);                 // v: s
+[[nodiscard]] std::expected<std::int32_t, AXError> variantNumber(AtspiBus::Answer answer);              // v: i
+[[nodiscard]] std::expected<std::uint32_t, AXError> unsignedNumber(AtspiBus::Answer answer);            // u
+[[nodiscard]] std::expected<bool, AXError> boolean(AtspiBus::Answer answer);                            // b
+[[nodiscard]] std::expected<AtspiStates, AXError> states(AtspiBus::Answer answer);                      // au
+[[nodiscard]] std::expected<AtspiExtents, AXError> extents(AtspiBus::Answer answer);                    // (iiii)
+[[nodiscard]] std::expected<AtspiReference, AXError> reference(AtspiBus::Answer answer);                // (so)
+[[nodiscard]] std::expected<AtspiReference, AXError> variantReference(AtspiBus::Answer answer);         // v: (so)
 [[nodiscard]] std::expected<std::vector<AtspiReference>, AXError> references(AtspiBus::Answer answer);  // a(so)
 }  // namespace reply
 

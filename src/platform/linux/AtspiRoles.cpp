@@ -96,6 +96,8 @@ AtspiRoleInfo roleInfo(std::uint32_t role) {
   return {.role = role, .axRole = "AXUnknown", .nature = plain};
 }
 
-bool canBeWindow(AtspiNature nature) { return nature == window || nature == dialog || nature == chooser; }
+bool canBeWindow(AtspiNature nature) {
+  return nature == window || nature == dialog || nature == chooser;
+}
 
 }  // namespace tallyfox::linux_os

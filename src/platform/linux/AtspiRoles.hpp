@@ -39,7 +39,9 @@ using AtspiStates = std::uint64_t;
 [[nodiscard]] constexpr bool has(AtspiStates states, AtspiState state) {
   return ((states >> static_cast<unsigned>(state)) & 1U) != 0;
 }
-[[nodiscard]] constexpr AtspiStates bit(AtspiState state) { return AtspiStates{1} << static_cast<unsigned>(state); }
+[[nodiscard]] constexpr AtspiStates bit(AtspiState state) {
+  return AtspiStates{1} << static_cast<unsigned>(state);
+}
 
 /// What kind of thing a role is, as far as reading it differs.
 enum class AtspiNature : std::uint8_t {

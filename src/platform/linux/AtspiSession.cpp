@@ -78,7 +78,9 @@ void AtspiSession::closeScope(AtspiReading& scope) {
   directory_.setFrozen(!scopes_.empty());
 }
 
-AtspiReading* AtspiSession::scope() { return scopes_.empty() || scopes_.back().isEnded ? nullptr : scopes_.back().reading; }
+AtspiReading* AtspiSession::scope() {
+  return scopes_.empty() || scopes_.back().isEnded ? nullptr : scopes_.back().reading;
+}
 
 void AtspiSession::endReadings() {
   for (OpenScope& open : scopes_)

@@ -25,11 +25,11 @@ class ApplicationTask {
 
 /// Which facts a reader will need of an element, by what the element is.
 struct AtspiNeeds {
-  FactSet always = 0;           ///< of every element
-  bool title = false;           ///< of windows, buttons and texts
-  bool description = false;     ///< of buttons without a title
-  bool value = false;           ///< of texts
-  bool frame = false;           ///< of windows, buttons and texts
+  FactSet always = 0;        ///< of every element
+  bool title = false;        ///< of windows, buttons and texts
+  bool description = false;  ///< of buttons without a title
+  bool value = false;        ///< of texts
+  bool frame = false;        ///< of windows, buttons and texts
 
   [[nodiscard]] static AtspiNeeds of(const std::vector<AXAttribute>& attributes);
 };

@@ -18,7 +18,9 @@ constexpr int hintScore = 1;
 /// Hints alone, which any two windows may share, match nobody.
 constexpr int leastScore = 3 * hintScore + 1;
 
-bool isNear(double a, double b) { return std::abs(a - b) <= tolerance; }
+bool isNear(double a, double b) {
+  return std::abs(a - b) <= tolerance;
+}
 
 bool hasPlace(const AtspiExtents& extents, const DialogFrame& frame) {
   return isNear(extents.x, frame.x) && isNear(extents.y, frame.y) && isNear(extents.width, frame.width) &&

@@ -20,8 +20,9 @@ struct AtspiWindowTraits {
 };
 
 /// For each accessible window of a process the index of its X window among `screenWindows` (of the same process), each
-/// used once; none where nothing speaks for a pair. Title, geometry (the client area, the area with the manager's frame,
-/// or the size alone, since GTK 4 knows no position) and kind speak for a pair, and so does being the only ones left.
+/// used once; none where nothing speaks for a pair. Title, geometry (the client area, the area with the manager's
+/// frame, or the size alone, since GTK 4 knows no position) and kind speak for a pair, and so does being the only ones
+/// left.
 [[nodiscard]] std::vector<std::optional<std::size_t>> matchedWindows(const std::vector<AtspiWindowTraits>& windows,
                                                                      const std::vector<XWindow>& screenWindows,
                                                                      std::optional<XWindowID> activeWindow);

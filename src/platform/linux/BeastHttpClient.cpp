@@ -13,6 +13,7 @@
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/http/write.hpp>
+#include <boost/none.hpp>
 
 #include "base/Limits.hpp"
 #include "platform/linux/CallbackGate.hpp"
@@ -75,6 +76,7 @@ class StreamHttpSession : public HttpSession, public std::enable_shared_from_thi
     do {
       self->parser_.emplace();
       self->parser_->header_limit(static_cast<std::uint32_t>(limits::httpHeadBytes));
+      self->parser_->body_limit(boost::none);  // a body is not read, so its length does not matter
       error_code readError;
       co_await http::async_read_header(self->stream_, self->buffer_, *self->parser_,
                                        asio::redirect_error(asio::use_awaitable, readError));

@@ -29,7 +29,8 @@ constexpr Seconds longestTimeout{60};
 constexpr Seconds shortestTimeout{0.001};
 
 std::chrono::microseconds timeoutOf(Seconds seconds) {
-  const Seconds bounded = std::isnan(seconds.count()) ? longestTimeout : std::clamp(seconds, shortestTimeout, longestTimeout);
+  const Seconds bounded =
+      std::isnan(seconds.count()) ? longestTimeout : std::clamp(seconds, shortestTimeout, longestTimeout);
   return std::chrono::duration_cast<std::chrono::microseconds>(bounded);
 }
 
@@ -115,7 +116,8 @@ class ReadScope final : public AXReadScope {
       applications.push_back(std::make_unique<ApplicationTask>(reading_, process));
     std::vector<std::unique_ptr<WalkTask>> walks;
     for (const AtspiReference& object : objects)
-      walks.push_back(std::make_unique<WalkTask>(reading_, object, plan.descendantLimit, AtspiNeeds::of(plan.attributes)));
+      walks.push_back(
+          std::make_unique<WalkTask>(reading_, object, plan.descendantLimit, AtspiNeeds::of(plan.attributes)));
     for (const auto& task : applications)
       task->advance();
     for (const auto& task : walks)
@@ -137,7 +139,8 @@ class ReadScope final : public AXReadScope {
 
 }  // namespace
 
-LinuxAccessibility::LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console, std::string sessionBusAddress)
+LinuxAccessibility::LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console,
+                                       std::string sessionBusAddress)
     : shared_(std::make_shared<Shared>(std::move(desktop), console, std::move(sessionBusAddress))) {}
 
 LinuxAccessibility::~LinuxAccessibility() = default;
@@ -162,7 +165,9 @@ AXUIElement LinuxAccessibility::applicationElement(std::int32_t processIdentifie
   return AtspiElement::application(processIdentifier);
 }
 
-AXUIElement LinuxAccessibility::systemWideElement() { return AtspiElement::systemWide(); }
+AXUIElement LinuxAccessibility::systemWideElement() {
+  return AtspiElement::systemWide();
+}
 
 std::expected<AXUIElement, AXError> LinuxAccessibility::elementAtPosition(AXPoint point) {
   AtspiSession& session = shared_->session();

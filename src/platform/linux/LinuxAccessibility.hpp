@@ -28,7 +28,8 @@ class LinuxAccessibility : public Accessibility, public AccessibilityElements {
   std::unique_ptr<AXReadScope> willRead(const AXReadPlan& plan) override;
 
   std::expected<AXValue, AXError> copyAttribute(const AXUIElement& element, AXAttribute attribute) override;
-  std::expected<void, AXError> setAttribute(const AXUIElement& element, AXAttribute attribute, const AXValue& value) override;
+  std::expected<void, AXError> setAttribute(const AXUIElement& element, AXAttribute attribute,
+                                            const AXValue& value) override;
   std::expected<std::vector<std::string>, AXError> copyActionNames(const AXUIElement& element) override;
   std::expected<void, AXError> performAction(const AXUIElement& element, std::string_view action) override;
   std::expected<std::int32_t, AXError> processIdentifier(const AXUIElement& element) override;

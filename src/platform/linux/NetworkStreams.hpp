@@ -12,8 +12,15 @@
 
 namespace tallyfox::linux_os {
 
-using PlainStream = boost::beast::tcp_stream;
-using TlsStream = boost::beast::ssl_stream<PlainStream>;
+/// Types of our own, so that ending a WebSocket over them is ours to define.
+class PlainStream : public boost::beast::tcp_stream {
+ public:
+  using basic_stream::basic_stream;
+};
+class TlsStream : public boost::beast::ssl_stream<PlainStream> {
+ public:
+  using ssl_stream::ssl_stream;
+};
 using NetworkDeadline = std::chrono::steady_clock::time_point;
 
 /// The moment `timeout` from now; far off for lengths that are no number or infinite.

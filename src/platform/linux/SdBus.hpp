@@ -22,8 +22,8 @@ using SdBusHandle = std::unique_ptr<sd_bus, SdBusCloser>;
 using SdBusMessageHandle = std::unique_ptr<sd_bus_message, SdBusMessageReleaser>;
 using SdBusSlotHandle = std::unique_ptr<sd_bus_slot, SdBusSlotReleaser>;
 
-/// A private connection to a message bus, ready for calls; of the user's session bus when `address` is empty. Fails with
-/// a sentence when the bus does not greet in time. A connection belongs to one thread.
+/// A private connection to a message bus, ready for calls; of the user's session bus when `address` is empty. Fails
+/// with a sentence when the bus does not greet in time. A connection belongs to one thread.
 [[nodiscard]] std::expected<SdBusHandle, std::string> connectedBus(const std::string& address,
                                                                    std::chrono::milliseconds atMost);
 

@@ -24,10 +24,12 @@ std::expected<SdBusMessageHandle, std::string> SessionStatus::answer(const char*
   sd_bus_message* made = nullptr;
   int result = sd_bus_message_new_method_call(bus_.get(), &made, "org.a11y.Bus", "/org/a11y/bus", interface, member);
   const SdBusMessageHandle question(made);
-  if (result >= 0 && property != nullptr) result = sd_bus_message_append(question.get(), "ss", "org.a11y.Status", property);
+  if (result >= 0 && property != nullptr)
+    result = sd_bus_message_append(question.get(), "ss", "org.a11y.Status", property);
   sd_bus_message* reply = nullptr;
   if (result >= 0)
-    result = sd_bus_call(bus_.get(), question.get(), static_cast<std::uint64_t>(answerTimeout.count()), nullptr, &reply);
+    result =
+        sd_bus_call(bus_.get(), question.get(), static_cast<std::uint64_t>(answerTimeout.count()), nullptr, &reply);
   if (result < 0) return std::unexpected(std::string("the accessibility bus does not answer"));
   return SdBusMessageHandle(reply);
 }

@@ -12,11 +12,13 @@
 namespace tallyfox::linux_os {
 namespace {
 
-constexpr auto blockTags = std::to_array<std::string_view>({"br", "p", "div", "li", "tr", "h1", "h2", "h3", "h4", "h5", "h6",
-                                                            "ul", "ol", "table", "hr", "pre", "center", "blockquote"});
+constexpr auto blockTags =
+    std::to_array<std::string_view>({"br", "p", "div", "li", "tr", "h1", "h2", "h3", "h4", "h5", "h6", "ul", "ol",
+                                     "table", "hr", "pre", "center", "blockquote"});
 constexpr auto inlineTags = std::to_array<std::string_view>(
-    {"html", "body", "head", "qt", "b", "i", "u", "s", "em", "strong", "span", "font", "a", "td", "th", "code", "tt", "big",
-     "small", "sub", "sup", "img", "nobr", "style", "title", "meta", "script", "tbody", "thead", "kbd", "filename"});
+    {"html", "body",  "head",  "qt",   "b",      "i",     "u",     "s",     "em",      "strong", "span",
+     "font", "a",     "td",    "th",   "code",   "tt",    "big",   "small", "sub",     "sup",    "img",
+     "nobr", "style", "title", "meta", "script", "tbody", "thead", "kbd",   "filename"});
 /// Their content is not shown.
 constexpr auto silentTags = std::to_array<std::string_view>({"head", "style", "script", "title"});
 constexpr std::string_view objectReplacement = "\xEF\xBF\xBC";
@@ -26,8 +28,12 @@ bool contains(const Table& table, std::string_view name) {
   return std::ranges::find(table, name) != table.end();
 }
 
-bool isAsciiLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
+bool isAsciiLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+bool isAsciiDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 struct Tag {
   std::string name;  ///< lower case; empty for a comment or document type
@@ -189,6 +195,8 @@ std::string undressedText(std::string_view text, Toolkit toolkit) {
   return toolkit == Toolkit::qt ? withoutMarkup(valid) : valid;
 }
 
-std::string undressedDescription(std::string_view text) { return withoutMarkup(withoutObjectMarks(repairedUtf8(text))); }
+std::string undressedDescription(std::string_view text) {
+  return withoutMarkup(withoutObjectMarks(repairedUtf8(text)));
+}
 
 }  // namespace tallyfox::linux_os

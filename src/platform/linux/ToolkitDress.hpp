@@ -17,7 +17,8 @@ enum class Toolkit {
 /// From Application.ToolkitName: GTK 3 calls itself "gtk", GTK 4 "GTK".
 [[nodiscard]] Toolkit toolkitNamed(std::string_view name);
 
-/// What the toolkit puts around a text that is not on the screen: mnemonic marks and markup. All results are valid UTF-8.
+/// What the toolkit puts around a text that is not on the screen: mnemonic marks and markup. All results are valid
+/// UTF-8.
 
 /// The label of a button or another control. GTK 4 joins the marked and the plain label: "_No No" is "No".
 [[nodiscard]] std::string undressedLabel(std::string_view name, Toolkit toolkit);

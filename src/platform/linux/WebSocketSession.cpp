@@ -2,10 +2,13 @@
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/co_spawn.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
+#include <boost/beast/core/bind_handler.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/role.hpp>
 #include <boost/beast/http/field.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 #include <boost/beast/websocket/stream.hpp>
@@ -18,6 +21,22 @@
 #include "platform/linux/NetworkStreams.hpp"
 
 namespace tallyfox::linux_os {
+
+/// How Beast ends the connection after the close frames, or after a frame that breaks the protocol. Its own way waits
+/// for the other side to hang up, for as long as that likes; what was received is final already, so we hang up first.
+template <typename Handler>
+void async_teardown(boost::beast::role_type /*role*/, PlainStream& stream, Handler&& handler) {
+  boost::system::error_code ignored;
+  stream.socket().shutdown(boost::asio::socket_base::shutdown_send, ignored);
+  boost::asio::post(stream.get_executor(),
+                    boost::beast::bind_front_handler(std::forward<Handler>(handler), boost::system::error_code{}));
+}
+
+template <typename Handler>
+void async_teardown(boost::beast::role_type role, TlsStream& stream, Handler&& handler) {
+  async_teardown(role, stream.next_layer(), std::forward<Handler>(handler));
+}
+
 namespace {
 
 namespace asio = boost::asio;

@@ -48,7 +48,8 @@ struct X11Change {
 
 /// What happened between two looks at the desktop, in the order of X11ChangeKind; windows by ascending number. A window
 /// number that went over to another process is a window closed and one opened. An active window that is not (or not
-/// yet) listed counts as none, and losing the focus to none is no event. Nor is a manager that begins to tell the desktop.
+/// yet) listed counts as none, and losing the focus to none is no event. Nor is a manager that begins to tell the
+/// desktop.
 [[nodiscard]] std::vector<X11Change> changesBetween(const X11DesktopState& before, const X11DesktopState& after);
 
 }  // namespace tallyfox::linux_os

@@ -1,0 +1,79 @@
+// Shows that the services in memory keep to what the real ones promise.
+
+#include "contract/ApplicationBundleContract.hpp"
+#include "contract/EnvironmentContract.hpp"
+#include "contract/InstanceLockContract.hpp"
+#include "contract/KeychainContract.hpp"
+#include "contract/UserDefaultsContract.hpp"
+#include "platform/memory/MemoryServices.hpp"
+
+namespace tallyfox::contract {
+namespace {
+
+class MemoryDefaultsBackend {
+ public:
+  UserDefaults& defaults() { return *defaults_; }
+  void reopen() {
+    auto reopened = std::make_unique<memory::MemoryUserDefaults>();
+    for (const auto& [key, value] : defaults_->values())
+      reopened->setObject(key, value);
+    defaults_ = std::move(reopened);
+  }
+
+ private:
+  std::unique_ptr<memory::MemoryUserDefaults> defaults_ = std::make_unique<memory::MemoryUserDefaults>();
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, UserDefaultsContract, MemoryDefaultsBackend);
+
+template <bool dataProtection>
+class MemoryKeychainBackend {
+ public:
+  MemoryKeychainBackend() { keychain_.setDataProtectionAvailable(dataProtection); }
+  Keychain& keychain() { return keychain_; }
+  [[nodiscard]] bool hasDataProtectionKeychain() const { return dataProtection; }
+
+ private:
+  memory::MemoryKeychain keychain_;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, KeychainContract, MemoryKeychainBackend<true>);
+INSTANTIATE_TYPED_TEST_SUITE_P(MemoryLegacyOnly, KeychainContract, MemoryKeychainBackend<false>);
+
+class MemoryLockBackend {
+ public:
+  InstanceLock& first() { return lock_; }
+  InstanceLock& second() { return lock_; }
+  void makeUnavailable() { lock_.setUnavailable(true); }
+
+ private:
+  memory::MemoryInstanceLock lock_;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, InstanceLockContract, MemoryLockBackend);
+
+class MemoryEnvironmentBackend {
+ public:
+  Environment& environment() { return environment_; }
+  void set(const std::string& name, const std::string& value) { environment_.set(name, value); }
+  void unset(const std::string& name) { environment_.unset(name); }
+
+ private:
+  memory::MemoryEnvironment environment_;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, EnvironmentContract, MemoryEnvironmentBackend);
+
+class MemoryBundleBackend {
+ public:
+  ApplicationBundle& bundle() { return bundle_; }
+  void putResource(const std::string& name, const std::map<std::string, std::string>& members) {
+    bundle_.resources.insert_or_assign(name, members);
+  }
+  void putBrokenResource(const std::string& name) {
+    bundle_.resources.insert_or_assign(name, std::unexpected("The resource is no property list."));
+  }
+
+ private:
+  memory::MemoryBundle bundle_;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, ApplicationBundleContract, MemoryBundleBackend);
+
+}  // namespace
+}  // namespace tallyfox::contract

@@ -1,0 +1,143 @@
+// Loading, migrating and creating the installation's secrets: nothing counts before it is stored and read back, and
+// nothing stored is ever overwritten because it could not be read.
+
+#include "pairing/InstallationSecretStorage.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/memory/MemoryServices.hpp"
+
+namespace tallyfox {
+namespace {
+
+using testing::MatchesRegex;
+
+const InstallationSecrets known{"tallyfox-known", "known token", "known secret"};
+Bytes encoded(const InstallationSecrets& secrets) {
+  return copyOfBytes(jsonText(secrets.json()));
+}
+
+class InstallationSecretStorageTest : public testing::Test {
+ protected:
+  std::expected<InstallationSecrets, SecretsError> load(const std::optional<std::string>& seed = std::nullopt) {
+    const InstallationSecretStorage storage{
+        .defaults = defaults,
+        .defaultsKey = secret_keys::installationSecrets,
+        .readKeychain = [this]() -> std::expected<std::optional<Bytes>, KeychainError> {
+          if (readFailure != 0) return std::unexpected(KeychainError{readFailure});
+          return item;
+        },
+        .writeKeychain =
+            [this](ByteView data) {
+              ++writes;
+              if (!writable) return false;
+              item = Bytes(data.begin(), data.end());
+              if (alterWrites) item->push_back(' ');
+              return true;
+            }};
+    return storage.loadOrCreate(seed);
+  }
+  bool hasPreference(const char* key) { return defaults.object(key).has_value(); }
+
+  memory::MemoryUserDefaults defaults;
+  std::optional<Bytes> item;
+  KeychainStatus readFailure = 0;
+  bool writable = true;
+  bool alterWrites = false;
+  int writes = 0;
+};
+
+TEST_F(InstallationSecretStorageTest, givesWhatTheKeychainHoldsAndForgetsTheOlderCopy) {
+  item = encoded(known);
+  defaults.setObject(secret_keys::installationSecrets, encoded({"old", "old", "old"}));
+  EXPECT_EQ(load(), known);
+  EXPECT_FALSE(hasPreference(secret_keys::installationSecrets));
+  EXPECT_EQ(writes, 0);
+}
+
+TEST_F(InstallationSecretStorageTest, passesAFailedReadOn) {
+  readFailure = keychain_status::notAvailable;
+  EXPECT_EQ(load(), std::unexpected(SecretsError(KeychainError{keychain_status::notAvailable})));
+  EXPECT_EQ(writes, 0);
+}
+
+TEST_F(InstallationSecretStorageTest, refusesAnUnreadableOrUnusableItemWithoutOverwritingIt) {
+  for (const std::string text : {"rubbish", "{}", R"({"pairingID":"p","relayAuthToken":"t","e2eSecret":""})"}) {
+    item = copyOfBytes(text);
+    const auto loaded = load();
+    ASSERT_EQ(loaded, std::unexpected(SecretsError(StorageError::invalidStoredSecrets))) << text;
+    EXPECT_EQ(description(loaded.error()), "Stored pairing credentials could not be read.");
+    EXPECT_EQ(item, copyOfBytes(text));
+  }
+  EXPECT_EQ(writes, 0);
+}
+
+TEST_F(InstallationSecretStorageTest, movesTheCopyOfThePreferencesIntoTheKeychain) {
+  defaults.setObject(secret_keys::installationSecrets, encoded(known));
+  EXPECT_EQ(load(), known);
+  EXPECT_EQ(item, encoded(known));
+  EXPECT_FALSE(hasPreference(secret_keys::installationSecrets));
+}
+
+TEST_F(InstallationSecretStorageTest, refusesAnUnreadableCopyOfThePreferences) {
+  defaults.setObject(secret_keys::installationSecrets, copyOfBytes("{\"pairingID\":1}"));
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::invalidStoredSecrets)));
+  EXPECT_TRUE(hasPreference(secret_keys::installationSecrets));
+  EXPECT_FALSE(item.has_value());
+}
+
+TEST_F(InstallationSecretStorageTest, createsSecretsOnTheFirstStart) {
+  const auto created = load("Office Mac-42");
+  ASSERT_TRUE(created.has_value());
+  EXPECT_THAT(created->pairingID, MatchesRegex("office-mac-[0-9a-f]{32}"));
+  EXPECT_THAT(created->relayAuthToken, MatchesRegex("[0-9a-f]{64}"));
+  EXPECT_THAT(created->e2eSecret, MatchesRegex("[0-9a-f]{64}"));
+  EXPECT_EQ(item, encoded(*created));
+  EXPECT_EQ(load(), created);
+}
+
+TEST_F(InstallationSecretStorageTest, keepsTheOlderPairingIdAndSecretOnTheFirstStart) {
+  defaults.setObject(secret_keys::perInstallPairingID, std::string("older-pairing"));
+  defaults.setObject(secret_keys::perInstallE2eSecret, std::string("older secret"));
+  const auto created = load("seed");
+  ASSERT_TRUE(created.has_value());
+  EXPECT_EQ(created->pairingID, "older-pairing");
+  EXPECT_EQ(created->e2eSecret, "older secret");
+  EXPECT_THAT(created->relayAuthToken, MatchesRegex("[0-9a-f]{64}"));
+}
+
+TEST_F(InstallationSecretStorageTest, ignoresBlankAndWronglyTypedOlderValues) {
+  defaults.setObject(secret_keys::perInstallPairingID, std::string(" \n"));
+  defaults.setObject(secret_keys::perInstallE2eSecret, 7.0);
+  const auto created = load();
+  ASSERT_TRUE(created.has_value());
+  EXPECT_THAT(created->pairingID, MatchesRegex("tallyfox-[0-9a-f]{32}"));
+  EXPECT_THAT(created->e2eSecret, MatchesRegex("[0-9a-f]{64}"));
+}
+
+TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatCouldNotBeSaved) {
+  defaults.setObject(secret_keys::installationSecrets, encoded(known));
+  writable = false;
+  const auto loaded = load();
+  ASSERT_EQ(loaded, std::unexpected(SecretsError(StorageError::unableToSave)));
+  EXPECT_EQ(description(loaded.error()),
+            "Pairing credentials could not be saved to Keychain. Unlock the login keychain and reopen Tallyfox.");
+  EXPECT_TRUE(hasPreference(secret_keys::installationSecrets));
+}
+
+TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatReadBackDifferently) {
+  alterWrites = true;
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::unableToSave)));
+}
+
+TEST(KeychainError, namesItsStatus) {
+  EXPECT_EQ(KeychainError{-25291}.description(),
+            "Keychain is unavailable (-25291). Unlock the login keychain and reopen Tallyfox.");
+}
+
+}  // namespace
+}  // namespace tallyfox

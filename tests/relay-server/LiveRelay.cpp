@@ -1,0 +1,153 @@
+#include "LiveRelay.hpp"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/websocket.hpp>
+#include <chrono>
+#include <stdexcept>
+
+#include "RelayServer.hpp"
+
+namespace tallyfox::server::testing {
+namespace {
+
+namespace asio = boost::asio;
+namespace websocket = boost::beast::websocket;
+
+/// Longer than anything takes that is going to happen at all.
+constexpr std::chrono::seconds patience{20};
+
+asio::ip::tcp::endpoint loopback(std::uint16_t port) {
+  return {asio::ip::address_v4::loopback(), port};
+}
+
+}  // namespace
+
+LiveRelay::LiveRelay(const std::filesystem::path& directory, const RelayLimits& limits) {
+  auto server = RelayServer::open({.address = "127.0.0.1", .port = 0, .dataDirectory = directory}, limits, console);
+  if (!server) throw std::runtime_error(server.error());
+  server_ = std::move(*server);
+  port_ = server_->port();
+  thread_ = std::thread([this] { server_->run(); });
+}
+
+LiveRelay::~LiveRelay() {
+  stop();
+}
+
+void LiveRelay::stop() {
+  if (!thread_.joinable()) return;
+  server_->stop();
+  thread_.join();
+  server_.reset();
+}
+
+struct TestConnection::State {
+  asio::io_context io;
+  asio::ip::tcp::socket socket{io};
+};
+
+TestConnection::TestConnection(std::uint16_t port) : state_(std::make_unique<State>()) {
+  state_->socket.connect(loopback(port));
+}
+
+TestConnection::~TestConnection() = default;
+
+void TestConnection::write(const std::string& text) {
+  // A relay that refuses early may close before all of it is written.
+  boost::system::error_code ignored;
+  asio::write(state_->socket, asio::buffer(text), ignored);
+}
+
+std::optional<std::string> TestConnection::readToEnd() {
+  std::string text;
+  bool ended = false;
+  asio::async_read(state_->socket, asio::dynamic_buffer(text),
+                   [&](boost::system::error_code, std::size_t) { ended = true; });
+  state_->io.restart();
+  state_->io.run_for(patience);
+  if (ended) return text;
+  state_->socket.close();
+  state_->io.restart();
+  state_->io.run();
+  return std::nullopt;
+}
+
+HttpAnswer askedOver(std::uint16_t port, const std::string& request) {
+  TestConnection connection(port);
+  connection.write(request);
+  const auto text = connection.readToEnd();
+  if (!text || !text->starts_with("HTTP/1.1 ")) return {};
+  const std::size_t end = text->find("\r\n\r\n");
+  return {.status = static_cast<unsigned>(std::stoul(text->substr(9, 3))),
+          .body = end == std::string::npos ? "" : text->substr(end + 4)};
+}
+
+HttpAnswer registered(std::uint16_t port, const std::string& pairingID, const std::string& token) {
+  return askedOver(port, "PUT /api/pairings/" + pairingID +
+                             "/relay-token HTTP/1.1\r\nHost: relay\r\nauthorization: Bearer " + token +
+                             "\r\nContent-Length: 28\r\n\r\n{\"client\":\"mac\",\"version\":1}");
+}
+
+struct TestSocket::State {
+  asio::io_context io;
+  websocket::stream<boost::beast::tcp_stream> socket{io};
+
+  template <typename Initiation>
+  boost::system::error_code run(Initiation initiate) {
+    std::optional<boost::system::error_code> outcome;
+    initiate([&outcome](boost::system::error_code error, auto&&...) { outcome = error; });
+    io.restart();
+    io.run_for(patience);
+    if (outcome) return *outcome;
+    boost::beast::get_lowest_layer(socket).close();
+    io.restart();
+    io.run();
+    return asio::error::timed_out;
+  }
+};
+
+TestSocket::TestSocket(std::uint16_t port, const std::string& path, const std::string& token)
+    : state_(std::make_unique<State>()) {
+  boost::beast::get_lowest_layer(state_->socket).socket().connect(loopback(port));
+  state_->socket.set_option(websocket::stream_base::decorator([token](websocket::request_type& request) {
+    if (!token.empty()) request.set(boost::beast::http::field::authorization, "Bearer " + token);
+  }));
+  state_->socket.text(true);
+  state_->socket.read_message_max(0);
+  websocket::response_type response;
+  state_->run([&](auto done) { state_->socket.async_handshake(response, "relay", path, done); });
+  status = response.result_int();
+}
+
+TestSocket::TestSocket(TestSocket&&) noexcept = default;
+TestSocket::~TestSocket() = default;
+
+void TestSocket::send(const std::string& text) {
+  state_->run([&](auto done) { state_->socket.async_write(asio::buffer(text), done); });
+}
+
+void TestSocket::sendBinary(const std::string& bytes) {
+  state_->socket.binary(true);
+  send(bytes);
+  state_->socket.text(true);
+}
+
+std::string TestSocket::next() {
+  std::string text;
+  auto buffer = asio::dynamic_buffer(text);
+  const auto error = state_->run([&](auto done) { state_->socket.async_read(buffer, done); });
+  if (error == asio::error::timed_out) return "silence";
+  if (error == websocket::error::closed) return "closed " + std::to_string(state_->socket.reason().code);
+  if (error) return "cut";
+  return text;
+}
+
+void TestSocket::close() {
+  state_->run([&](auto done) { state_->socket.async_close(websocket::close_code::normal, done); });
+}
+
+}  // namespace tallyfox::server::testing

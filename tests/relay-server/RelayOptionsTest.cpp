@@ -1,0 +1,60 @@
+// The command line: what is accepted, and that everything else gives one line that names the fault.
+#include "RelayOptions.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tallyfox::server {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+auto parsed(std::vector<const char*> arguments) {
+  return RelayOptions::parsed(arguments);
+}
+
+TEST(RelayOptions, takesAnAddressAPortAndADirectoryInAnyOrder) {
+  const RelayOptions expected{.address = "127.0.0.1", .port = 8080, .dataDirectory = "/var/lib/relay"};
+  EXPECT_EQ(parsed({"--listen", "127.0.0.1:8080", "--data", "/var/lib/relay"}), expected);
+  EXPECT_EQ(parsed({"--data", "/var/lib/relay", "--listen", "127.0.0.1:8080"}), expected);
+}
+
+TEST(RelayOptions, takesAnIPv6AddressInBracketsAndPortZero) {
+  const auto options = parsed({"--listen", "[::1]:0", "--data", "d"});
+  ASSERT_TRUE(options) << options.error();
+  EXPECT_EQ(options->address, "::1");
+  EXPECT_EQ(options->port, 0);
+}
+
+TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
+  struct Case {
+    std::vector<const char*> arguments;
+    const char* fault;
+  };
+  const std::vector<Case> cases{
+      {{}, "--listen is missing"},
+      {{"--listen", "127.0.0.1:1"}, "--data is missing"},
+      {{"--listen", "127.0.0.1:1", "--data", ""}, "--data is missing"},
+      {{"--listen"}, "--listen lacks its value"},
+      {{"--port", "1"}, "Unknown argument --port"},
+      {{"--data", "a", "--data", "b"}, "--data is given twice"},
+      {{"--listen", "127.0.0.1", "--data", "d"}, "127.0.0.1 is not an address and port"},
+      {{"--listen", "localhost:80", "--data", "d"}, "localhost:80 is not"},
+      {{"--listen", "127.0.0.1:65536", "--data", "d"}, "127.0.0.1:65536 is not"},
+      {{"--listen", "127.0.0.1:", "--data", "d"}, "127.0.0.1: is not"},
+      {{"--listen", "127.0.0.1:8x", "--data", "d"}, "127.0.0.1:8x is not"},
+      {{"--listen", "::1:80", "--data", "d"}, "::1:80 is not"},
+      {{"--listen", "[127.0.0.1]:80", "--data", "d"}, "[127.0.0.1]:80 is not"},
+  };
+  for (const Case& each : cases) {
+    const auto options = parsed(each.arguments);
+    ASSERT_FALSE(options) << each.fault;
+    EXPECT_THAT(options.error(), HasSubstr(each.fault));
+    EXPECT_THAT(options.error(), HasSubstr(usageText));
+    EXPECT_THAT(options.error(), Not(HasSubstr("\n")));
+  }
+}
+
+}  // namespace
+}  // namespace tallyfox::server

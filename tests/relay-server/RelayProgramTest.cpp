@@ -1,0 +1,190 @@
+// The program itself: its ready line, its exit codes, its signals, and that kill -9 loses nothing.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+
+#include "LiveRelay.hpp"
+
+namespace tallyfox::server {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using testing::HttpAnswer;
+using testing::registered;
+using ::testing::StartsWith;
+using testing::TemporaryDirectory;
+using testing::TestPhone;
+using testing::TestSocket;
+namespace message = testing::message;
+
+/// The read end of a pipe, with an end to every wait.
+class PipeReader {
+ public:
+  PipeReader() {
+    if (pipe2(ends_, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  }
+  ~PipeReader() {
+    closeWriter();
+    close(ends_[0]);
+  }
+  PipeReader(const PipeReader&) = delete;
+  PipeReader& operator=(const PipeReader&) = delete;
+  [[nodiscard]] int writer() const { return ends_[1]; }
+  void closeWriter() {
+    if (ends_[1] >= 0) close(std::exchange(ends_[1], -1));
+  }
+  /// One line, or all that came before the end or the end of patience.
+  std::string line() {
+    std::string text;
+    char character = 0;
+    pollfd waiting{.fd = ends_[0], .events = POLLIN, .revents = 0};
+    while (poll(&waiting, 1, 20'000) > 0 && read(ends_[0], &character, 1) == 1 && character != '\n')
+      text += character;
+    return text;
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
+
+/// A running relay program.
+class RelayProcess {
+ public:
+  explicit RelayProcess(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), TALLYFOX_RELAY_PROGRAM);
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments)
+      pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, output.writer(), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, errors.writer(), STDERR_FILENO);
+    if (posix_spawn(&pid_, TALLYFOX_RELAY_PROGRAM, &actions, nullptr, pointers.data(), environ) != 0) pid_ = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    output.closeWriter();
+    errors.closeWriter();
+  }
+  ~RelayProcess() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+  }
+  RelayProcess(const RelayProcess&) = delete;
+  RelayProcess& operator=(const RelayProcess&) = delete;
+
+  void signal(int number) const { kill(pid_, number); }
+  /// The exit code, or minus the signal that ended it.
+  int ended() {
+    int status = 0;
+    waitpid(std::exchange(pid_, -1), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+  /// The port of the ready line.
+  std::uint16_t port() {
+    const std::string ready = output.line();
+    EXPECT_THAT(ready, StartsWith("Tallyfox relay listening on 127.0.0.1:"));
+    EXPECT_THAT(ready, EndsWith("."));
+    const std::size_t colon = ready.rfind(':');
+    return colon == std::string::npos ? std::uint16_t{0}
+                                      : static_cast<std::uint16_t>(std::stoi(ready.substr(colon + 1)));
+  }
+
+  PipeReader output, errors;
+
+ private:
+  pid_t pid_ = -1;
+};
+
+std::vector<std::string> listeningAt(const std::filesystem::path& data, const std::string& address = "127.0.0.1:0") {
+  return {"--listen", address, "--data", data.string()};
+}
+
+TEST(RelayProgram, exitsWithTwoAndOneLineForABadCommandLine) {
+  RelayProcess relay({"--listen", "nowhere"});
+  EXPECT_THAT(relay.errors.line(), StartsWith("--data is missing; usage: tallyfox-relay "));
+  EXPECT_EQ(relay.errors.line(), "");
+  EXPECT_EQ(relay.ended(), 2);
+}
+
+TEST(RelayProgram, exitsWithOneAndOneLineWhenItCannotStart) {
+  const TemporaryDirectory directory;
+  const auto noDirectory = directory.path() / "file";
+  std::ofstream(noDirectory) << "x";
+  RelayProcess unwritable(listeningAt(noDirectory));
+  EXPECT_THAT(unwritable.errors.line(), StartsWith("Unable to open the database: "));
+  EXPECT_EQ(unwritable.ended(), 1);
+
+  const auto damaged = directory.path() / "damaged";
+  std::filesystem::create_directory(damaged);
+  std::ofstream(damaged / "relay.sqlite") << std::string(5000, 'x');
+  RelayProcess corrupt(listeningAt(damaged));
+  EXPECT_THAT(corrupt.errors.line(), HasSubstr("not a database"));
+  EXPECT_EQ(corrupt.ended(), 1);
+
+  RelayProcess first(listeningAt(directory.path() / "first"));
+  const std::string taken = "127.0.0.1:" + std::to_string(first.port());
+  RelayProcess second(listeningAt(directory.path() / "second", taken));
+  EXPECT_EQ(second.errors.line(), "Unable to listen on " + taken + ": Address already in use");
+  EXPECT_EQ(second.ended(), 1);
+}
+
+TEST(RelayProgram, endsGracefullyOnBothSignals) {
+  const TemporaryDirectory directory;
+  for (const int number : {SIGTERM, SIGINT}) {
+    RelayProcess relay(listeningAt(directory.path()));
+    const std::uint16_t port = relay.port();
+    ASSERT_EQ(registered(port, "P1", "token").status, 204U);
+    TestSocket agent(port, "/", "token");
+    EXPECT_THAT(agent.next(), HasSubstr("phone.status"));
+    relay.signal(number);
+    EXPECT_EQ(agent.next(), "closed 1001");
+    EXPECT_EQ(relay.ended(), 0);
+  }
+}
+
+TEST(RelayProgram, isRestartedAfterKillNineWithAllItsData) {
+  const TemporaryDirectory directory;
+  RelayProcess killed(listeningAt(directory.path()));
+  const std::uint16_t port = killed.port();
+  ASSERT_EQ(registered(port, "P1", "token").status, 204U);
+  ASSERT_EQ(registered(port, "P2", "token-2").status, 204U);
+  TestSocket agent(port, "/", "token");
+  EXPECT_THAT(agent.next(), HasSubstr("phone.status"));
+  TestPhone first(port, "P1", "token", "D1");
+  EXPECT_EQ(first.next(), message::welcome(true));
+  TestPhone second(port, "P1", "token", "D2");
+  EXPECT_EQ(second.next(), message::welcome(true));
+  agent.send(message::unpair("D1"));
+  EXPECT_EQ(first.next(), message::unpaired);
+  TestSocket otherAgent(port, "/", "token-2");
+  EXPECT_THAT(otherAgent.next(), HasSubstr("phone.status"));
+  otherAgent.send(message::unpairAll);
+  EXPECT_EQ(otherAgent.next(), "closed 4410");
+  killed.signal(SIGKILL);
+  EXPECT_EQ(killed.ended(), -SIGKILL);
+
+  RelayProcess relay(listeningAt(directory.path(), "127.0.0.1:" + std::to_string(port)));
+  ASSERT_EQ(relay.port(), port);
+  EXPECT_EQ(registered(port, "P1", "other").status, 401U);
+  EXPECT_EQ(registered(port, "P1", "token").status, 204U);
+  EXPECT_EQ(registered(port, "P2", "token-2").status, 410U);
+  TestSocket again(port, "/", "token");
+  const std::string status = again.next();
+  EXPECT_THAT(status, HasSubstr("\"phoneCount\":1"));
+  EXPECT_THAT(status, HasSubstr("\"D2\""));
+  EXPECT_EQ(TestPhone(port, "P1", "token", "D1").next(), "closed 4410");
+}
+
+}  // namespace
+}  // namespace tallyfox::server

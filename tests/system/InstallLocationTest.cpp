@@ -1,0 +1,51 @@
+// What counts as running from an Applications folder.
+
+#include "system/InstallLocation.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/memory/MemoryServices.hpp"
+
+namespace tallyfox {
+namespace {
+
+bool countsAsInstalled(const std::string& path) {
+  memory::MemoryBundle bundle;
+  bundle.directories = {"/Applications", "/Users/owner/Applications"};
+  bundle.location = path;
+  return isRunningFromApplications(bundle);
+}
+
+TEST(InstallLocation, countsAnythingBelowAnApplicationsFolder) {
+  EXPECT_TRUE(countsAsInstalled("/Applications/Tallyfox.app"));
+  EXPECT_TRUE(countsAsInstalled("/Applications/Utilities/Tallyfox.app"));
+}
+
+TEST(InstallLocation, countsTheFolderItself) {
+  EXPECT_TRUE(countsAsInstalled("/Applications"));
+}
+
+TEST(InstallLocation, countsTheOwnersOwnApplicationsFolder) {
+  EXPECT_TRUE(countsAsInstalled("/Users/owner/Applications/Tallyfox.app"));
+}
+
+TEST(InstallLocation, doesNotCountAFolderThatOnlyBeginsAlike) {
+  EXPECT_FALSE(countsAsInstalled("/ApplicationsOld/Tallyfox.app"));
+  EXPECT_FALSE(countsAsInstalled("/Users/owner/Applications2/Tallyfox.app"));
+}
+
+TEST(InstallLocation, judgesALinkedCopyByWhereItReallyLies) {
+  // The bundle gives its path with links resolved: what /Applications/Tallyfox.app points to.
+  EXPECT_FALSE(countsAsInstalled("/Users/owner/Downloads/Tallyfox.app"));
+}
+
+TEST(InstallLocation, countsNothingWithoutApplicationsFolders) {
+  memory::MemoryBundle bundle;
+  bundle.directories = {};
+  EXPECT_FALSE(isRunningFromApplications(bundle));
+}
+
+}  // namespace
+}  // namespace tallyfox
