@@ -74,7 +74,7 @@ class Phone:
     def show_on_desktop(self):
         """Opens a terminal beside the dialogs with what the owner of the phone reads, for the screenshots."""
         before, mark = self._desktop.windows(), self._desktop.mark()
-        processes.start(["xterm", "-title", "Phone", "-geometry", "106x13+20+560", "-bg", "#10151c", "-fg", "#d8dee9",
+        processes.start(["xterm", "-title", "Phone", "-geometry", "106x12+20+550", "-bg", "#10151c", "-fg", "#d8dee9",
                          "-fa", "DejaVu Sans Mono", "-fs", "10", "-bc", "-e", self._program, "watch"],
                         self._environment, self._desktop.logs / "phone-terminal.log")
         if not self._desktop.wait_for_new_window(before, mark):
