@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
