@@ -112,7 +112,11 @@ struct TestSocket::State {
 
 TestSocket::TestSocket(std::uint16_t port, const std::string& path, const std::string& token)
     : state_(std::make_unique<State>()) {
-  boost::beast::get_lowest_layer(state_->socket).socket().connect(loopback(port));
+  asio::ip::tcp::socket& connection = boost::beast::get_lowest_layer(state_->socket).socket();
+  connection.open(asio::ip::tcp::v4());
+  // Small, so that little traffic shows what a reader does that does not read.
+  connection.set_option(asio::socket_base::receive_buffer_size(64 * 1024));
+  connection.connect(loopback(port));
   state_->socket.set_option(websocket::stream_base::decorator([token](websocket::request_type& request) {
     if (!token.empty()) request.set(boost::beast::http::field::authorization, "Bearer " + token);
   }));

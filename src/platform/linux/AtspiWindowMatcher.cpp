@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
+#include <tuple>
 
 namespace tallyfox::linux_os {
 namespace {
@@ -67,7 +67,7 @@ std::vector<std::optional<std::size_t>> matchedWindows(const std::vector<AtspiWi
       if (points >= leastScore) pairs.push_back({.score = points, .window = window, .screen = screen});
     }
   }
-  std::ranges::stable_sort(pairs, std::greater(), &Pair::score);
+  std::ranges::sort(pairs, {}, [](const Pair& pair) { return std::tuple(-pair.score, pair.window, pair.screen); });
   for (const Pair& pair : pairs) {
     if (matches[pair.window] || isUsed[pair.screen]) continue;
     matches[pair.window] = pair.screen;

@@ -63,7 +63,7 @@ class DesktopNotifications::Bus {
 
  private:
   std::optional<std::string> readCapabilities() {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_message* answered = nullptr;
     const int result =
         ::sd_bus_call_method(bus_.get(), service, object, service, "GetCapabilities", &error, &answered, "");

@@ -12,6 +12,11 @@ const X11WindowState* find(const X11DesktopState& state, XWindowID id) {
   return found == state.windows.end() ? nullptr : &found->second;
 }
 
+/// Keeps the order of kinds, and within a kind that of the calls.
+void add(std::vector<X11Change>& changes, X11Change change) {
+  changes.insert(std::ranges::upper_bound(changes, change.kind, {}, &X11Change::kind), change);
+}
+
 /// The window that `state` has under this number, if it is the same one.
 const X11WindowState* sameWindow(const X11DesktopState& state, XWindowID id, const X11WindowState& window) {
   const X11WindowState* const other = find(state, id);
@@ -20,16 +25,16 @@ const X11WindowState* sameWindow(const X11DesktopState& state, XWindowID id, con
 
 void compareWindows(const X11DesktopState& before, const X11DesktopState& after, std::vector<X11Change>& changes) {
   for (const auto& [id, window] : before.windows)
-    if (sameWindow(after, id, window) == nullptr) changes.push_back({windowClosed, window.processIdentifier});
+    if (sameWindow(after, id, window) == nullptr) add(changes, {windowClosed, window.processIdentifier});
   for (const auto& [id, window] : after.windows) {
     const X11WindowState* const earlier = sameWindow(before, id, window);
     if (earlier == nullptr) {
-      changes.push_back({windowOpened, window.processIdentifier});
+      add(changes, {windowOpened, window.processIdentifier});
       continue;
     }
-    if (earlier->title != window.title) changes.push_back({titleChanged, window.processIdentifier});
+    if (earlier->title != window.title) add(changes, {titleChanged, window.processIdentifier});
     if (earlier->isMinimized != window.isMinimized)
-      changes.push_back({window.isMinimized ? windowMinimized : windowRestored, window.processIdentifier});
+      add(changes, {window.isMinimized ? windowMinimized : windowRestored, window.processIdentifier});
   }
 }
 
@@ -49,7 +54,7 @@ void compareProcesses(const X11DesktopState& before, const X11DesktopState& afte
   for (const auto& [process, isHidden] : hiddenProcesses(after)) {
     const auto found = earlier.find(process);
     if (found != earlier.end() && found->second != isHidden)
-      changes.push_back({isHidden ? applicationHidden : applicationShown, process});
+      add(changes, {isHidden ? applicationHidden : applicationShown, process});
   }
 }
 
@@ -59,8 +64,8 @@ void compareFocus(const X11DesktopState& before, const X11DesktopState& after, s
   const X11WindowState* const earlier = before.active ? find(before, *before.active) : nullptr;
   const bool isSameProcess = earlier != nullptr && earlier->processIdentifier == now->processIdentifier;
   if (isSameProcess && before.active == after.active) return;
-  if (!isSameProcess) changes.push_back({applicationActivated, now->processIdentifier});
-  changes.push_back({windowActivated, now->processIdentifier});
+  if (!isSameProcess) add(changes, {applicationActivated, now->processIdentifier});
+  add(changes, {windowActivated, now->processIdentifier});
 }
 
 }  // namespace
@@ -71,9 +76,7 @@ std::vector<X11Change> changesBetween(const X11DesktopState& before, const X11De
   compareProcesses(before, after, changes);
   compareFocus(before, after, changes);
   if (before.currentDesktop && after.currentDesktop && before.currentDesktop != after.currentDesktop)
-    changes.push_back({currentDesktopChanged, 0});
-  std::stable_sort(changes.begin(), changes.end(),
-                   [](const X11Change& one, const X11Change& other) { return one.kind < other.kind; });
+    add(changes, {currentDesktopChanged, 0});
   return changes;
 }
 
