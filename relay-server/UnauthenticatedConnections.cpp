@@ -21,15 +21,17 @@ std::unique_ptr<UnauthenticatedConnections::Ticket> UnauthenticatedConnections::
 
 void UnauthenticatedConnections::turnAllAway(CloseCode code) {
   limit_ = 0;
-  while (!tickets_.empty())
-    turnOldestAway(code);
+  reason_ = code;
+  turnAwayBeyondLimit();
 }
 
-void UnauthenticatedConnections::turnOldestAway(CloseCode code) {
-  Ticket& oldest = *tickets_.front();
-  tickets_.pop_front();
-  oldest.listed_ = false;
-  oldest.turnAway_(code);
+void UnauthenticatedConnections::turnAwayBeyondLimit() {
+  while (tickets_.size() > limit_) {
+    Ticket& oldest = *tickets_.front();
+    tickets_.pop_front();
+    oldest.listed_ = false;
+    oldest.turnAway_(reason_);
+  }
 }
 
 }  // namespace tallyfox::server

@@ -33,14 +33,15 @@ class UnauthenticatedConnections {
   /// `turnAway` is called at most once, with the reason; it must not wait and must not destroy the ticket before
   /// returning.
   [[nodiscard]] std::unique_ptr<Ticket> admit(std::function<void(CloseCode)> turnAway);
-  /// From now on newcomers are turned away at once.
+  /// From now on newcomers are turned away at once, for the same reason.
   void turnAllAway(CloseCode code);
   [[nodiscard]] std::size_t count() const { return tickets_.size(); }
 
  private:
-  void turnOldestAway(CloseCode code);
+  void turnAwayBeyondLimit();
 
   std::size_t limit_;
+  CloseCode reason_ = CloseCode::tryAgainLater;
   std::list<Ticket*> tickets_;
 };
 

@@ -42,7 +42,7 @@ TEST(UnauthenticatedConnections, turnsEveryoneAwayAndNewcomersAtOnce) {
   EXPECT_EQ(first.turnedAway, std::vector{CloseCode::goingAway});
   EXPECT_EQ(second.turnedAway, std::vector{CloseCode::goingAway});
   const Stranger late(all);
-  EXPECT_EQ(late.turnedAway, std::vector{CloseCode::tryAgainLater});
+  EXPECT_EQ(late.turnedAway, std::vector{CloseCode::goingAway});
   EXPECT_EQ(all.count(), 0U);
 }
 
