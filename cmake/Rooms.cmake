@@ -2,9 +2,7 @@
 add_library(tallyfox_flags INTERFACE)
 target_compile_options(tallyfox_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-  $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> -fno-omit-frame-pointer
-  # GCC 12 sees overlapping copies in optimised string concatenations where there are none.
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> -fno-omit-frame-pointer)
 target_compile_definitions(tallyfox_flags INTERFACE
   BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION
   $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)

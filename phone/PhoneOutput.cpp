@@ -22,20 +22,20 @@ std::string buttonsLine(const PendingApproval& approval) {
   std::vector<std::string> labels;
   for (const auto& button : approval.buttons) {
     const bool isRecommended = approval.recommendedButtonLabel && *approval.recommendedButtonLabel == button.label;
-    labels.push_back("[" + oneLine(button.label) + "]" + (isRecommended ? " (recommended)" : ""));
+    labels.push_back(fmt::format("[{}]{}", oneLine(button.label), isRecommended ? " (recommended)" : ""));
   }
-  return labels.empty() ? "No buttons" : "Buttons: " + joined(labels, "  ");
+  return labels.empty() ? "No buttons" : fmt::format("Buttons: {}", joined(labels, "  "));
 }
 
 std::string statusText(const ApprovalResultCommand& result) {
-  const std::string label = "\"" + oneLine(result.buttonLabel) + "\"";
-  const std::string reason = result.error ? " " + oneLine(*result.error) : "";
-  if (result.status == approval_status::accepted) return "Pressed " + label + ".";
-  if (result.status == approval_status::failed) return "Pressing " + label + " failed." + reason;
-  if (result.status == approval_status::notFound) return "The dialog is gone." + reason;
+  const std::string label = oneLine(result.buttonLabel);
+  const std::string reason = result.error ? fmt::format(" {}", oneLine(*result.error)) : std::string();
+  if (result.status == approval_status::accepted) return fmt::format("Pressed \"{}\".", label);
+  if (result.status == approval_status::failed) return fmt::format("Pressing \"{}\" failed.{}", label, reason);
+  if (result.status == approval_status::notFound) return fmt::format("The dialog is gone.{}", reason);
   if (result.status == approval_status::requiresDirectAccess)
-    return "This needs direct access to the computer." + reason;
-  return "The computer answered \"" + oneLine(result.status) + "\"." + reason;
+    return fmt::format("This needs direct access to the computer.{}", reason);
+  return fmt::format("The computer answered \"{}\".{}", oneLine(result.status), reason);
 }
 
 }  // namespace
@@ -85,7 +85,7 @@ std::vector<std::string> approvalLines(const PhoneSnapshot& snapshot, Date now) 
     lines.push_back(indent + buttonsLine(approval));
     if (!approval.requiresDirectAccess) continue;
     const std::string reason = oneLine(approval.directAccessReason.value_or(""));
-    lines.push_back(indent + "Direct access needed" + (reason.empty() ? "." : ": " + reason));
+    lines.push_back(fmt::format("{}Direct access needed{}{}", indent, reason.empty() ? "." : ": ", reason));
   }
   return lines;
 }
@@ -126,7 +126,7 @@ void PhoneOutput::state(const std::string& state, const std::string& text, const
 
 void PhoneOutput::error(const std::string& text) {
   if (json_) return event("error", {{"message", text}});
-  errors_.printLine("tallyfox-phone: " + text);
+  errors_.printLine(fmt::format("tallyfox-phone: {}", text));
 }
 
 }  // namespace tallyfox::phone
