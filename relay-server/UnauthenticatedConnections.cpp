@@ -14,8 +14,7 @@ UnauthenticatedConnections::Ticket::~Ticket() {
 std::unique_ptr<UnauthenticatedConnections::Ticket> UnauthenticatedConnections::admit(
     std::function<void(CloseCode)> turnAway) {
   auto ticket = std::make_unique<Ticket>(*this, std::move(turnAway));
-  while (tickets_.size() > limit_)
-    turnOldestAway(CloseCode::tryAgainLater);
+  turnAwayBeyondLimit();
   return ticket;
 }
 
