@@ -49,10 +49,12 @@ class X11ApplicationsTest : public ::testing::Test {
   }
 
   [[nodiscard]] std::unique_ptr<testing::DesktopProcess> question() const {
-    return session_.start({"zenity", "--question", "--title=Go on?", "--text=Go on?"});
+    return session_.start({"zenity", "--question", "--title=Go on?", "--text=Go on?"},
+                          X11TestClient::withoutAccessibility);
   }
   [[nodiscard]] bool appears(std::int32_t pid) {
-    return DesktopSession::waitUntil([&] { return applications_->application(pid).has_value(); });
+    return DesktopSession::waitUntil([&] { return applications_->application(pid).has_value(); },
+                                     X11TestClient::startTime);
   }
   /// A copy of a real program under another name.
   [[nodiscard]] std::string program(const std::string& name) const {
@@ -217,8 +219,10 @@ TEST_F(X11ApplicationsTest, doesNotSignalWhatIsNoApplicationOrItself) {
 }
 
 TEST_F(X11ApplicationsTest, findsAndEndsOtherAgentsOfThisDisplayByTheirProgram) {
-  const auto agent = session_.start({program("tallyfox"), "--info", "--title=Agent", "--text=Agent"});
-  const auto other = session_.start({program("tallyfox-relay"), "--info", "--title=Relay", "--text=Relay"});
+  const auto agent = session_.start({program("tallyfox"), "--info", "--title=Agent", "--text=Agent"},
+                                    X11TestClient::withoutAccessibility);
+  const auto other = session_.start({program("tallyfox-relay"), "--info", "--title=Relay", "--text=Relay"},
+                                    X11TestClient::withoutAccessibility);
   ASSERT_TRUE(appears(agent->pid()) && appears(other->pid()));
   EXPECT_THAT(agents("com.tallyfox.agent"), ::testing::ElementsAre(agent->pid()));
   EXPECT_THAT(agents("com.quarrystone.agent"), ::testing::ElementsAre(agent->pid()));
@@ -231,9 +235,11 @@ TEST_F(X11ApplicationsTest, findsAndEndsOtherAgentsOfThisDisplayByTheirProgram) 
 
 TEST_F(X11ApplicationsTest, leavesAgentsOfAnotherDisplayAlone) {
   DesktopSession elsewhere({.accessibility = false});
-  const auto agent = elsewhere.start({program("tallyfox"), "--info", "--title=Agent", "--text=Agent"});
+  const auto agent = elsewhere.start({program("tallyfox"), "--info", "--title=Agent", "--text=Agent"},
+                                     X11TestClient::withoutAccessibility);
   const auto otherDesktop = X11Desktop::open(elsewhere.display()).value();
-  ASSERT_TRUE(DesktopSession::waitUntil([&] { return !otherDesktop->windowsFrontToBack().empty(); }));
+  ASSERT_TRUE(
+      DesktopSession::waitUntil([&] { return !otherDesktop->windowsFrontToBack().empty(); }, X11TestClient::startTime));
   EXPECT_THAT(agents("com.tallyfox.agent"), IsEmpty());
   applications_->terminate(agent->pid());
   EXPECT_FALSE(agent->waitForExit(Seconds(0.3)));

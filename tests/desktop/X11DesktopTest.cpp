@@ -28,20 +28,18 @@ constexpr std::uint32_t half = 0x7FFFFFFF;
 class X11DesktopTest : public ::testing::Test {
  protected:
   [[nodiscard]] std::unique_ptr<testing::DesktopProcess> question(const std::string& title) const {
-    return session_.start({"zenity", "--question", "--title=" + title, "--text=Go on?"});
+    return session_.start({"zenity", "--question", "--title=" + title, "--text=Go on?"},
+                          X11TestClient::withoutAccessibility);
   }
   /// Waits until the manager lists it, mapped.
   [[nodiscard]] XWindow window(const std::string& title) {
     XWindow found;
-    const bool isListed = DesktopSession::waitUntil([&] {
+    const auto isListed = [&] {
       for (const XWindow& each : desktop_->windowsFrontToBack())
-        if (each.title == title && each.isMapped) {
-          found = each;
-          return true;
-        }
-      return false;
-    });
-    EXPECT_TRUE(isListed) << title;
+        if (each.title == title && each.isMapped) found = each;
+      return found.id != 0;
+    };
+    EXPECT_TRUE(DesktopSession::waitUntil(isListed, X11TestClient::startTime)) << title;
     return found;
   }
   [[nodiscard]] std::optional<XWindow> listed(XWindowID id) {

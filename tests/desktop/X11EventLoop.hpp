@@ -81,7 +81,7 @@ class X11Record {
   }
   /// Waits until it has the entry.
   [[nodiscard]] bool gets(const Entry& entry) const {
-    return DesktopSession::waitUntil([&] { return has(entry); });
+    return DesktopSession::waitUntil([&] { return has(entry); }, Seconds(25));
   }
 
  private:

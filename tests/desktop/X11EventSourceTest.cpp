@@ -66,7 +66,8 @@ class X11EventSourceTest : public ::testing::Test {
 };
 
 TEST_F(X11EventSourceTest, tellsARealDialogOpenedActivatedAndClosed) {
-  auto dialog = session_->start({"zenity", "--question", "--title=Go on?", "--text=Go on?"});
+  auto dialog =
+      session_->start({"zenity", "--question", "--title=Go on?", "--text=Go on?"}, X11TestClient::withoutAccessibility);
   const auto pid = dialog->pid();
   EXPECT_TRUE(changes_.gets({windowActivated, pid}));
   EXPECT_TRUE(changes_.has({windowOpened, pid}));
@@ -190,7 +191,8 @@ TEST_F(X11ObserversTest, namesEveryKindOfEventInTheLanguageOfAccessibility) {
 }
 
 TEST_F(X11ObserversTest, tellsOnlyWhatWasAskedForAndOfThatProcess) {
-  const auto other = session_->start({"zenity", "--info", "--title=Other", "--text=Other"});
+  const auto other =
+      session_->start({"zenity", "--info", "--title=Other", "--text=Other"}, X11TestClient::withoutAccessibility);
   EXPECT_TRUE(changes_.gets({windowActivated, other->pid()}));
   observe(getpid(), {"AXTitleChanged"});
   observe(other->pid(), {"AXTitleChanged", "AXWindowCreated"});

@@ -27,6 +27,11 @@ class X11TestClient {
     std::string title = {};
   };
 
+  /// For real programs in tests of windows alone: they start without waiting for an accessibility bus.
+  static inline const std::vector<std::string> withoutAccessibility = {"NO_AT_BRIDGE=1"};
+  /// What a real program may need to come up on a busy machine.
+  static constexpr Seconds startTime{25};
+
   explicit X11TestClient(const std::string& display);
 
   /// Made, but not yet shown, so that properties can be set first.
