@@ -77,8 +77,8 @@ class Phone:
         processes.start(["xterm", "-title", "Phone", "-geometry", "106x12+20+550", "-bg", "#10151c", "-fg", "#d8dee9",
                          "-fa", "DejaVu Sans Mono", "-fs", "10", "-bc", "-e", self._program, "watch"],
                         self._environment, self._desktop.logs / "phone-terminal.log")
-        if not self._desktop.wait_for_new_window(before, mark):
-            raise RuntimeError("the phone's terminal did not open")
+        if not self._desktop.wait_for_new_window(before, mark, timeout=5):
+            print("The phone's terminal did not open; the screenshots show the dialogs alone.", flush=True)
 
     def wait_for(self, accept, start=0, timeout=20.0):
         """The moment and the approval when the phone's list first holds one that `accept` takes."""

@@ -170,11 +170,13 @@ TEST_F(X11ApplicationsTest, tellsOfApplicationsThatComeActGoHideAndReturn) {
 TEST_F(X11ApplicationsTest, tellsTheEndOfAnApplicationThatWasThereBefore) {
   auto process = question();
   const auto pid = process->pid();
-  ASSERT_TRUE(DesktopSession::waitUntil([&] {
-    bool isKnown = false;
-    loop_.sync([&] { isKnown = !source_->state().windows.empty(); });
-    return isKnown;
-  }));
+  ASSERT_TRUE(DesktopSession::waitUntil(
+      [&] {
+        bool isKnown = false;
+        loop_.sync([&] { isKnown = !source_->state().windows.empty(); });
+        return isKnown;
+      },
+      X11TestClient::startTime));
   loop_.sync(
       [this] { subscription_ = applications_->observe([this](const WorkspaceEvent& event) { events_.add(event); }); });
   process.reset();

@@ -100,16 +100,13 @@ class RandomRun {
       default:
         break;
     }
+    if (pick(4) == 0) heal();
     agent_.world.time.advance(Seconds(static_cast<double>(pick(40)) / 10));
     check();
   }
 
   void comeToRest() {
-    desktop().setTrusted(true);
-    for (const std::int32_t application : applications_) {
-      desktop().setFault(application, Fault::none);
-      desktop().heed(application, true, true, true);
-    }
+    heal();
     // Requests that still wait are carried out, and what they close is gone for longer than its grace.
     for (int round = 0; round < 4; ++round) {
       agent_.world.time.advance(Seconds(10));
@@ -214,6 +211,16 @@ class RandomRun {
     desktop().heed(application, pick(3) != 0, pick(2) != 0, pick(2) != 0);
   }
 
+  /// Everything works again, so that decisions are carried out and not only refused.
+  void heal() {
+    desktop().setTrusted(true);
+    for (const std::int32_t application : applications_) {
+      desktop().setFault(application, Fault::none);
+      desktop().heed(application, true, true, true);
+    }
+    connect();
+  }
+
   void suppress() {
     const auto approvals = agent_.phone.approvals();
     if (approvals.empty() || !agent_.world.network.sockets().back().isOpen) return;
@@ -280,6 +287,7 @@ TEST_P(RandomRuns, keepTheAgentsPromises) {
     run.end();
     accepted += run.acceptedCount;
   }
+  RecordProperty("accepted", std::to_string(accepted));
   EXPECT_GT(accepted, seedsOfABatch) << "the runs decide too little to prove anything";
 }
 

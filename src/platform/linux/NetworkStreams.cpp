@@ -4,13 +4,17 @@
 #include <openssl/x509v3.h>
 
 #include <algorithm>
+#include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/ssl/stream_base.hpp>
 #include <boost/asio/use_awaitable.hpp>
+#include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "platform/linux/NetworkErrors.hpp"
 
@@ -37,6 +41,26 @@ bool prepareVerification(SSL* tls, const std::string& host) {
   return SSL_set_tlsext_host_name(tls, host.c_str()) == 1 && ::SSL_set1_host(tls, host.c_str()) == 1;
 }
 
+/// Where to try to connect, in this order. "localhost" is this machine itself, whatever a resolver says of it: it is
+/// the one name that may be reached without encryption.
+asio::awaitable<std::vector<asio::ip::tcp::endpoint>> endpointsOf(asio::any_io_executor executor,
+                                                                  const NetworkAddress& address, error_code& error) {
+  std::vector<asio::ip::tcp::endpoint> endpoints;
+  if (address.host == "localhost") {
+    std::uint16_t port = 0;
+    std::from_chars(address.port.data(), address.port.data() + address.port.size(), port);
+    endpoints.emplace_back(asio::ip::address_v4::loopback(), port);
+    endpoints.emplace_back(asio::ip::address_v6::loopback(), port);
+    co_return endpoints;
+  }
+  asio::ip::tcp::resolver resolver(executor);
+  const auto results =
+      co_await resolver.async_resolve(address.host, address.port, asio::redirect_error(asio::use_awaitable, error));
+  for (const auto& result : results)
+    endpoints.push_back(result.endpoint());
+  co_return endpoints;
+}
+
 TransportError handshakeFailure(SSL* tls, const error_code& error) {
   const long verdict = ::SSL_get_verify_result(tls);
   if (verdict == X509_V_OK) return failure(error);
@@ -56,15 +80,12 @@ NetworkDeadline deadlineAfter(Seconds timeout) {
 asio::awaitable<std::optional<TransportError>> connectStream(PlainStream& stream, const NetworkAddress& address,
                                                              NetworkDeadline deadline) {
   error_code error;
-  asio::ip::tcp::resolver resolver(stream.get_executor());
-  const auto results =
-      co_await resolver.async_resolve(address.host, address.port, asio::redirect_error(asio::use_awaitable, error));
+  const auto endpoints = co_await endpointsOf(stream.get_executor(), address, error);
   if (error) co_return failure(error);
-  std::size_t left = results.size();
-  for (const auto& result : results) {
+  std::size_t left = endpoints.size();
+  for (const asio::ip::tcp::endpoint& endpoint : endpoints) {
     const auto share = (deadline - std::chrono::steady_clock::now()) / static_cast<std::int64_t>(left--);
     if (share <= std::chrono::steady_clock::duration::zero()) co_return TransportError{timedOutText};
-    const asio::ip::tcp::endpoint endpoint = result.endpoint();
     closeStream(stream);
     stream.expires_after(std::chrono::duration_cast<std::chrono::nanoseconds>(share));
     co_await stream.async_connect(endpoint, asio::redirect_error(asio::use_awaitable, error));
