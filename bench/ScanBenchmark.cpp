@@ -71,7 +71,7 @@ class Scene {
   linux_os::MainEventLoop loop_;
   std::shared_ptr<linux_os::X11Desktop> desktop_ = linux_os::X11Desktop::open(session_.display()).value();
   linux_os::X11EventSource events_{session_.display(), loop_, loop_};
-  linux_os::LinuxAccessibility accessibility_{desktop_, console_};
+  linux_os::LinuxAccessibility accessibility_{desktop_, console_, session_.sessionBusAddress()};
   Unannounced ignoring_{accessibility_};
   linux_os::LinuxApplications applications_{
       {desktop_, events_, loop_, {}, [] { return std::vector<std::pair<std::int32_t, std::string>>(); }}};
