@@ -18,7 +18,7 @@ namespace asio = boost::asio;
 namespace websocket = boost::beast::websocket;
 
 /// Longer than anything takes that is going to happen at all.
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds patience{60};
 
 asio::ip::tcp::endpoint loopback(std::uint16_t port) {
   return {asio::ip::address_v4::loopback(), port};
@@ -114,8 +114,8 @@ TestSocket::TestSocket(std::uint16_t port, const std::string& path, const std::s
     : state_(std::make_unique<State>()) {
   asio::ip::tcp::socket& connection = boost::beast::get_lowest_layer(state_->socket).socket();
   connection.open(asio::ip::tcp::v4());
-  // Small, so that little traffic shows what a reader does that does not read.
-  connection.set_option(asio::socket_base::receive_buffer_size(64 * 1024));
+  // Bounded, so that little traffic shows what a reader does that does not read; far above a segment, so that it flows.
+  connection.set_option(asio::socket_base::receive_buffer_size(512 * 1024));
   connection.connect(loopback(port));
   state_->socket.set_option(websocket::stream_base::decorator([token](websocket::request_type& request) {
     if (!token.empty()) request.set(boost::beast::http::field::authorization, "Bearer " + token);

@@ -18,8 +18,8 @@ using testing::TestPhone;
 using testing::TestSocket;
 namespace message = testing::message;
 
-/// Of 1 MiB each: the kernel keeps up to 4 MiB for a loopback connection, the tightened queue 2.
-constexpr int largeFrames = 10;
+/// Of 1 MiB each, and far more than the kernel keeps for one connection and the tightened queue together.
+constexpr int largeFrames = 24;
 
 RelayLimits tightLimits() {
   RelayLimits limits;
