@@ -24,20 +24,13 @@ constexpr std::uint32_t iconicState = 3;
 struct X11Desktop::Connection {
   explicit Connection(const std::optional<std::string>& display) : server(display), reader(server) {}
 
-  [[nodiscard]] std::vector<X11PlacedWindow> managedFrontToBack() const {
-    const X11Screen screen = reader.screen();
-    auto windows = reader.read(screen.managed, screen);
-    std::reverse(windows.begin(), windows.end());
-    return windows;
-  }
-
   /// Present while the window manager lists the window and it exists. A number that now names some other window is not
   /// in the list.
   [[nodiscard]] std::optional<XWindow> managedWindow(XWindowID id, const X11Screen& screen) const {
     if (std::find(screen.managed.begin(), screen.managed.end(), id) == screen.managed.end()) return std::nullopt;
     auto windows = reader.read({id}, screen);
     if (windows.empty()) return std::nullopt;
-    return std::move(windows.front().window);
+    return std::move(windows.front());
   }
 
   [[nodiscard]] bool hasWindowManager() const {
@@ -83,9 +76,9 @@ std::shared_ptr<X11Desktop> X11Desktop::withoutDisplay() {
 
 std::vector<XWindow> X11Desktop::windowsFrontToBack() {
   const std::scoped_lock lock(connection_->mutex);
-  std::vector<XWindow> windows;
-  for (X11PlacedWindow& placed : connection_->managedFrontToBack())
-    windows.push_back(std::move(placed.window));
+  const X11Screen screen = connection_->reader.screen();
+  auto windows = connection_->reader.read(screen.managed, screen);
+  std::ranges::reverse(windows);
   return windows;
 }
 
@@ -100,12 +93,13 @@ std::optional<XWindow> X11Desktop::topWindowAt(AXPoint point) {
   const std::scoped_lock lock(connection_->mutex);
   const auto topLevel = connection_->reader.topLevelAt(point);
   if (!topLevel) return std::nullopt;
-  for (X11PlacedWindow& placed : connection_->managedFrontToBack())
-    if (placed.topLevel == *topLevel) return std::move(placed.window);
+  const X11Screen screen = connection_->reader.screen();
+  if (const auto client = connection_->reader.windowWithin(*topLevel, screen.managed))
+    return connection_->managedWindow(*client, screen);
 
-  auto unmanaged = connection_->reader.read({*topLevel}, {});
+  auto unmanaged = connection_->reader.read({*topLevel}, screen);
   if (unmanaged.empty()) return std::nullopt;
-  XWindow window = std::move(unmanaged.front().window);
+  XWindow window = std::move(unmanaged.front());
   window.title.clear();
   window.className.clear();
   window.instanceName.clear();

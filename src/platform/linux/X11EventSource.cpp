@@ -82,9 +82,8 @@ X11DesktopState X11EventSource::readState() {
   X11DesktopState state;
   state.active = screen.active;
   state.currentDesktop = screen.currentDesktop;
-  for (X11PlacedWindow& placed : reader_.read(screen.managed, screen))
-    state.windows[placed.window.id] = {placed.window.processIdentifier.value_or(0), std::move(placed.window.title),
-                                       placed.window.isMinimized};
+  for (XWindow& window : reader_.read(screen.managed, screen))
+    state.windows[window.id] = {window.processIdentifier.value_or(0), std::move(window.title), window.isMinimized};
   return state;
 }
 

@@ -12,6 +12,7 @@ namespace {
 constexpr std::uint32_t widestMargin = 1000;
 constexpr std::uint32_t everyDesktop = 0xFFFFFFFF;
 constexpr std::uint32_t iconicState = 3;
+constexpr std::uint32_t fullOpacity = 0xFFFFFFFF;
 
 struct Margins {
   double left = 0;
@@ -69,8 +70,7 @@ XWindow described(const X11WindowAnswers& answers, const X11Connection& connecti
   XWindow window;
   window.id = answers.id;
   window.processIdentifier = answers.process;
-  window.title = properties[Asked::netName].text();
-  if (window.title.empty()) window.title = properties[Asked::name].text();
+  window.title = properties[Asked::name].text();
   const auto classes = properties[Asked::wmClass].texts();
   if (!classes.empty()) window.instanceName = classes[0];
   if (classes.size() > 1) window.className = classes[1];
@@ -93,12 +93,11 @@ XWindow described(const X11WindowAnswers& answers, const X11Connection& connecti
   // also marks windows of other desktops.
   window.isMinimized = state.exists() ? state.contains(connection.atom(X11Atom::stateHidden)) &&
                                             !state.contains(connection.atom(X11Atom::stateShaded))
-                                      : properties[Asked::wmState].value() == iconicState && window.isOnCurrentDesktop;
+                                      : answers.olderState.value() == iconicState && window.isOnCurrentDesktop;
   window.isMapped = answers.isViewable;
   window.layer = windowLayer(
       {.type = type, .isAbove = state.contains(connection.atom(X11Atom::stateAbove)), .isManaged = answers.isManaged});
-  const std::uint32_t ownOpacity = properties[Asked::opacity].value().value_or(fullOpacity);
-  window.opacity = double(std::min(ownOpacity, answers.frameOpacity)) / double(fullOpacity);
+  window.opacity = double(properties[Asked::opacity].value().value_or(fullOpacity)) / double(fullOpacity);
   return window;
 }
 

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 
 #include "platform/linux/X11Connection.hpp"
@@ -17,7 +16,6 @@ struct Asked {
   enum Index : std::size_t {
     pid,
     machine,
-    netName,
     name,
     wmClass,
     gtkApplication,
@@ -25,7 +23,6 @@ struct Asked {
     transientFor,
     types,
     states,
-    wmState,
     desktop,
     frameExtents,
     gtkFrameExtents,
@@ -34,19 +31,14 @@ struct Asked {
   };
 };
 
-/// _NET_WM_WINDOW_OPACITY of a window that hides everything behind it.
-inline constexpr std::uint32_t fullOpacity = std::numeric_limits<std::uint32_t>::max();
-
 /// What the server answered about one window.
 struct X11WindowAnswers {
   XWindowID id = 0;
   bool isViewable = false;
   bool isManaged = true;    ///< asks to be managed
   DialogFrame clientFrame;  ///< in root coordinates
-  XWindowID parent = 0;     ///< the outermost ancestor reached so far
-  XWindowID topLevel = 0;   ///< 0 until the child of the root is reached
   std::optional<std::int32_t> process;
-  std::uint32_t frameOpacity = fullOpacity;  ///< the least of all frames
+  X11Property olderState;  ///< WM_STATE; only asked where the manager keeps no list of states
   std::array<X11Property, Asked::count> properties;
 };
 

@@ -28,15 +28,13 @@ std::array<xcb_atom_t, Asked::count> askedProperties(const X11Connection& connec
   std::array<xcb_atom_t, Asked::count> atoms{};
   atoms[Asked::pid] = connection.atom(X11Atom::netWmPid);
   atoms[Asked::machine] = XCB_ATOM_WM_CLIENT_MACHINE;
-  atoms[Asked::netName] = connection.atom(X11Atom::netWmName);
-  atoms[Asked::name] = XCB_ATOM_WM_NAME;
+  atoms[Asked::name] = connection.atom(X11Atom::netWmName);
   atoms[Asked::wmClass] = XCB_ATOM_WM_CLASS;
   atoms[Asked::gtkApplication] = connection.atom(X11Atom::gtkApplicationID);
   atoms[Asked::kdeDesktopFile] = connection.atom(X11Atom::kdeDesktopFile);
   atoms[Asked::transientFor] = XCB_ATOM_WM_TRANSIENT_FOR;
   atoms[Asked::types] = connection.atom(X11Atom::netWmWindowType);
   atoms[Asked::states] = connection.atom(X11Atom::netWmState);
-  atoms[Asked::wmState] = connection.atom(X11Atom::wmState);
   atoms[Asked::desktop] = connection.atom(X11Atom::netWmDesktop);
   atoms[Asked::frameExtents] = connection.atom(X11Atom::netFrameExtents);
   atoms[Asked::gtkFrameExtents] = connection.atom(X11Atom::gtkFrameExtents);
@@ -68,7 +66,6 @@ struct X11WindowReader::Questions {
   xcb_get_window_attributes_cookie_t attributes{};
   xcb_get_geometry_cookie_t geometry{};
   xcb_translate_coordinates_cookie_t origin{};
-  xcb_query_tree_cookie_t tree{};
   std::array<xcb_get_property_cookie_t, Asked::count> properties{};
 };
 
@@ -123,13 +120,11 @@ std::vector<XWindowID> X11WindowReader::unframedWindows() const {
 }
 
 X11WindowReader::Questions X11WindowReader::ask(XWindowID window) const {
-  static_assert(Asked::count < 32);
   Questions questions;
   questions.id = window;
   questions.attributes = xcb_get_window_attributes(connection_.get(), window);
   questions.geometry = xcb_get_geometry(connection_.get(), window);
   questions.origin = xcb_translate_coordinates(connection_.get(), window, connection_.root(), 0, 0);
-  questions.tree = xcb_query_tree(connection_.get(), window);
   const auto atoms = askedProperties(connection_);
   for (std::size_t i = 0; i < atoms.size(); ++i)
     questions.properties[i] = propertyOf(connection_, window, atoms[i]);
@@ -143,25 +138,21 @@ std::optional<X11WindowAnswers> X11WindowReader::collect(const Questions& questi
   const auto attributes = owned(xcb_get_window_attributes_reply(connection_.get(), questions.attributes, nullptr));
   const auto geometry = owned(xcb_get_geometry_reply(connection_.get(), questions.geometry, nullptr));
   const auto origin = owned(xcb_translate_coordinates_reply(connection_.get(), questions.origin, nullptr));
-  const auto tree = owned(xcb_query_tree_reply(connection_.get(), questions.tree, nullptr));
   for (std::size_t i = 0; i < Asked::count; ++i)
     answers.properties[i] = property(questions.properties[i]);
-  if (!attributes || !geometry || !origin || origin->same_screen == 0 || !tree) return std::nullopt;
+  if (!attributes || !geometry || !origin || origin->same_screen == 0) return std::nullopt;
 
   answers.isViewable = attributes->map_state == XCB_MAP_STATE_VIEWABLE;
   answers.isManaged = attributes->override_redirect == 0;
   answers.clientFrame = {double(origin->dst_x), double(origin->dst_y), double(geometry->width),
                          double(geometry->height)};
-  answers.parent = tree->parent;
-  if (tree->parent == connection_.root()) answers.topLevel = answers.id;
   const std::string host = answers.properties[Asked::machine].text();
   if (host.empty() || isSameMachine(host, connection_.hostName()))
     answers.process = answers.properties[Asked::pid].value().and_then(processNumber);
   return answers;
 }
 
-std::vector<X11PlacedWindow> X11WindowReader::read(const std::vector<XWindowID>& windows,
-                                                   const X11Screen& screen) const {
+std::vector<XWindow> X11WindowReader::read(const std::vector<XWindowID>& windows, const X11Screen& screen) const {
   std::vector<Questions> questions;
   questions.reserve(windows.size());
   for (const XWindowID window : windows)
@@ -169,53 +160,61 @@ std::vector<X11PlacedWindow> X11WindowReader::read(const std::vector<XWindowID>&
   std::vector<X11WindowAnswers> existing;
   for (const Questions& question : questions)
     if (auto answers = collect(question)) existing.push_back(std::move(*answers));
-  climb(existing);
-  askServerForProcesses(existing);
+  askForTheMissing(existing);
 
-  std::vector<X11PlacedWindow> placed;
+  std::vector<XWindow> read;
   for (const X11WindowAnswers& answers : existing)
-    placed.push_back({described(answers, connection_, screen.currentDesktop), answers.topLevel});
-  return placed;
+    read.push_back(described(answers, connection_, screen.currentDesktop));
+  return read;
 }
 
-/// Finds the frame of each window, level by level, and the opacity that a compositor reads there.
-void X11WindowReader::climb(std::vector<X11WindowAnswers>& windows) const {
-  struct Step {
-    X11WindowAnswers* answers;
+/// The older names of what a window does not tell by the newer ones. And for windows that do not tell their process, or
+/// tell one of another machine (a container sharing this display is such a one): the process at the other end of the
+/// client's connection, as the kernel told the server.
+void X11WindowReader::askForTheMissing(std::vector<X11WindowAnswers>& windows) const {
+  std::vector<std::pair<X11WindowAnswers*, xcb_get_property_cookie_t>> names;
+  std::vector<std::pair<X11WindowAnswers*, xcb_get_property_cookie_t>> states;
+  std::vector<std::pair<X11WindowAnswers*, xcb_res_query_client_ids_cookie_t>> processes;
+  for (X11WindowAnswers& answers : windows) {
+    if (answers.properties[Asked::name].text().empty())
+      names.emplace_back(&answers, propertyOf(connection_, answers.id, XCB_ATOM_WM_NAME));
+    if (!answers.properties[Asked::states].exists())
+      states.emplace_back(&answers, propertyOf(connection_, answers.id, connection_.atom(X11Atom::wmState)));
+    const xcb_res_client_id_spec_t client{answers.id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    if (!answers.process && connection_.tellsClientProcesses())
+      processes.emplace_back(&answers, xcb_res_query_client_ids(connection_.get(), 1, &client));
+  }
+  for (const auto& [answers, question] : names)
+    answers->properties[Asked::name] = property(question);
+  for (const auto& [answers, question] : states)
+    answers->olderState = property(question);
+  for (const auto& [answers, question] : processes)
+    if (const auto found = clientProcesses(question); found.size() == 1) answers->process = found.front();
+}
+
+std::optional<XWindowID> X11WindowReader::windowWithin(XWindowID topLevel,
+                                                       const std::vector<XWindowID>& windows) const {
+  struct Ancestor {
+    XWindowID window;
+    XWindowID reached;  ///< XCB_NONE once the root is reached or the window is gone
     xcb_query_tree_cookie_t tree;
-    xcb_get_property_cookie_t opacity;
   };
+  std::vector<Ancestor> ancestors;
+  for (const XWindowID window : windows)
+    ancestors.push_back({window, window, {}});
   for (int level = 0; level < frameLevels; ++level) {
-    std::vector<Step> steps;
-    for (X11WindowAnswers& answers : windows)
-      if (answers.topLevel == XCB_NONE && answers.parent != XCB_NONE)
-        steps.push_back({&answers, xcb_query_tree(connection_.get(), answers.parent),
-                         propertyOf(connection_, answers.parent, connection_.atom(X11Atom::netWmWindowOpacity))});
-    if (steps.empty()) return;
-    for (const Step& step : steps) {
-      const auto tree = owned(xcb_query_tree_reply(connection_.get(), step.tree, nullptr));
-      const auto frameOpacity = property(step.opacity).value();
-      if (frameOpacity) step.answers->frameOpacity = std::min(step.answers->frameOpacity, *frameOpacity);
-      if (tree && tree->parent == connection_.root()) step.answers->topLevel = step.answers->parent;
-      step.answers->parent = tree ? tree->parent : static_cast<xcb_window_t>(XCB_NONE);
+    for (Ancestor& ancestor : ancestors)
+      if (ancestor.reached == topLevel) return ancestor.window;
+    std::erase_if(ancestors, [](const Ancestor& ancestor) { return ancestor.reached == XCB_NONE; });
+    for (Ancestor& ancestor : ancestors)
+      ancestor.tree = xcb_query_tree(connection_.get(), ancestor.reached);
+    for (Ancestor& ancestor : ancestors) {
+      const auto tree = owned(xcb_query_tree_reply(connection_.get(), ancestor.tree, nullptr));
+      ancestor.reached =
+          tree && tree->parent != connection_.root() ? tree->parent : static_cast<xcb_window_t>(XCB_NONE);
     }
   }
-}
-
-/// For windows that do not tell their process, or tell one of another machine (a container sharing this display is
-/// such a one): the process at the other end of the client's connection, as the kernel told the server.
-void X11WindowReader::askServerForProcesses(std::vector<X11WindowAnswers>& windows) const {
-  if (!connection_.tellsClientProcesses()) return;
-  std::vector<std::pair<X11WindowAnswers*, xcb_res_query_client_ids_cookie_t>> questions;
-  for (X11WindowAnswers& answers : windows) {
-    if (answers.process) continue;
-    const xcb_res_client_id_spec_t spec{answers.id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    questions.emplace_back(&answers, xcb_res_query_client_ids(connection_.get(), 1, &spec));
-  }
-  for (const auto& [answers, question] : questions) {
-    const auto processes = clientProcesses(question);
-    if (processes.size() == 1) answers->process = processes.front();
-  }
+  return std::nullopt;
 }
 
 std::optional<XWindowID> X11WindowReader::topLevelAt(AXPoint point) const {

@@ -19,12 +19,6 @@ struct X11Screen {
   std::optional<std::uint32_t> currentDesktop;
 };
 
-/// A window together with the child of the root window that holds it: its frame, or itself.
-struct X11PlacedWindow {
-  XWindow window;
-  XWindowID topLevel = 0;
-};
-
 /// Reads windows over one connection, many questions in flight. Used by one thread at a time.
 class X11WindowReader {
  public:
@@ -32,8 +26,10 @@ class X11WindowReader {
 
   /// One round. Without a window manager, the mapped children of the root that ask to be managed count as managed.
   [[nodiscard]] X11Screen screen() const;
-  /// In the order given, windows that are gone left out. One round, and one for each level of window frames.
-  [[nodiscard]] std::vector<X11PlacedWindow> read(const std::vector<XWindowID>& windows, const X11Screen& screen) const;
+  /// In the order given, windows that are gone left out. One round, and a short one for what some windows do not tell.
+  [[nodiscard]] std::vector<XWindow> read(const std::vector<XWindowID>& windows, const X11Screen& screen) const;
+  /// The window among these that the child of the root holds, at whatever depth, or is itself.
+  [[nodiscard]] std::optional<XWindowID> windowWithin(XWindowID topLevel, const std::vector<XWindowID>& windows) const;
   /// The topmost mapped child of the root whose rectangle holds the point; also one that only takes input, because a
   /// click would go there. Windows are rectangles here: what is cut out of their shape still counts.
   [[nodiscard]] std::optional<XWindowID> topLevelAt(AXPoint point) const;
@@ -44,8 +40,7 @@ class X11WindowReader {
   struct Questions;
   [[nodiscard]] Questions ask(XWindowID window) const;
   [[nodiscard]] std::optional<X11WindowAnswers> collect(const Questions& questions) const;
-  void climb(std::vector<X11WindowAnswers>& windows) const;
-  void askServerForProcesses(std::vector<X11WindowAnswers>& windows) const;
+  void askForTheMissing(std::vector<X11WindowAnswers>& windows) const;
   [[nodiscard]] std::vector<XWindowID> unframedWindows() const;
   [[nodiscard]] std::vector<std::int32_t> clientProcesses(xcb_res_query_client_ids_cookie_t question) const;
   [[nodiscard]] X11Property property(xcb_get_property_cookie_t question) const;
