@@ -74,10 +74,7 @@ HttpStatus HttpRoutes::registration(const HttpRequest& request, std::string_view
 std::optional<std::string_view> bearerToken(const http::fields& fields) {
   constexpr std::string_view scheme = "Bearer ";
   std::string_view value = viewOf(fields[http::field::authorization]);
-  if (!boost::beast::iequals(boost::beast::string_view(value.data(), std::min(value.size(), scheme.size())),
-                             boost::beast::string_view(scheme.data(), scheme.size()))) {
-    return std::nullopt;
-  }
+  if (!boost::beast::iequals(value.substr(0, scheme.size()), scheme)) return std::nullopt;
   value.remove_prefix(scheme.size());
   if (value.empty()) return std::nullopt;
   return value;

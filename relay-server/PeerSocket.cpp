@@ -36,8 +36,10 @@ PeerSocket::PeerSocket(WebSocket socket, const RelayLimits& limits, std::size_t 
 }
 
 void PeerSocket::start() {
-  asio::co_spawn(socket_.get_executor(), write(), [self = shared_from_this()](std::exception_ptr) { self->cut(); });
-  asio::co_spawn(socket_.get_executor(), watch(), [self = shared_from_this()](std::exception_ptr) { self->cut(); });
+  asio::co_spawn(socket_.get_executor(), write(),
+                 [self = shared_from_this()](const std::exception_ptr&) { self->cut(); });
+  asio::co_spawn(socket_.get_executor(), watch(),
+                 [self = shared_from_this()](const std::exception_ptr&) { self->cut(); });
 }
 
 asio::awaitable<Frame> PeerSocket::read() {

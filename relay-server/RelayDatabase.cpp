@@ -138,7 +138,6 @@ struct RelayDatabase::State {
 };
 
 DatabaseResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make(SqliteConnection connection) {
-  std::optional<DatabaseError> failure;
   std::vector<SqliteStatement> statements;
   for (const std::string_view sql : {
            "SELECT id, token_hash, revoked FROM pairings WHERE id = ?1",
@@ -162,8 +161,8 @@ DatabaseResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make
   auto next = statements.begin();
   const auto take = [&next]() -> SqliteStatement { return std::move(*next++); };
   // Braces: the members are initialised from left to right, in the order of the list above.
-  return std::unique_ptr<State>(
-      new State{std::move(connection), take(), take(), take(), take(), take(), take(), take(), take(), take(), take()});
+  return std::make_unique<State>(
+      State{std::move(connection), take(), take(), take(), take(), take(), take(), take(), take(), take(), take()});
 }
 
 RelayDatabase::RelayDatabase(std::unique_ptr<State> state) : state_(std::move(state)) {}

@@ -76,7 +76,7 @@ void RelayServer::stopOnSignals() {
 }
 
 void RelayServer::run() {
-  asio::co_spawn(io_, acceptConnections(), [this](std::exception_ptr failure) {
+  asio::co_spawn(io_, acceptConnections(), [this](const std::exception_ptr& failure) {
     if (failure) closeEverything();
   });
   io_.run();
@@ -108,7 +108,7 @@ void RelayServer::serve(tcp::socket socket) {
       std::move(socket),
       HttpSession::Dependencies{.hub = hub_, .unauthenticated = unauthenticated_, .log = log_, .limits = limits_});
   // The completion keeps the session as long as its coroutine runs.
-  asio::co_spawn(io_, session->run(), [this, session](std::exception_ptr failure) {
+  asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
     if (failure) log_.line("A connection failed unexpectedly.");
   });
 }

@@ -131,7 +131,7 @@ void DialogEventMonitor::requestFollowUpScans(const std::string& reason) {
 
 void DialogEventMonitor::deliver(const std::string& reason) {
   // The callback may stop this monitor, request again or end it: nothing of the monitor is used after it began.
-  const std::string delivered = reason;
+  const std::string delivered = reason;  // NOLINT(performance-unnecessary-copy-initialization)
   refreshApplications();
   const auto onChange = onChange_;
   onChange(delivered);

@@ -119,8 +119,7 @@ bool AtspiBus::sendNow(Peer& peer, AtspiCall call, Handler& handler) {
 
   // The connection holds the flight until it lands; ~AtspiBus frees what never does.
   const auto timeout = std::max(timeoutOfAll_.value_or(peer.timeout), std::chrono::microseconds(1));
-  auto flight =
-      std::unique_ptr<Flight>(new Flight{*this, call.target.busName, peer, {}, Clock::now(), timeout, nullptr});
+  auto flight = std::make_unique<Flight>(Flight{*this, call.target.busName, peer, {}, Clock::now(), timeout, nullptr});
   sd_bus_slot* slot = nullptr;
   result = sd_bus_call_async(bus_.get(), &slot, message.get(), onReply, flight.get(),
                              static_cast<std::uint64_t>(timeout.count()));

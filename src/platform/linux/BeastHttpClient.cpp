@@ -56,7 +56,7 @@ class StreamHttpSession : public HttpSession, public std::enable_shared_from_thi
       const auto self = weak.lock();
       if (self && !error) self->finish(std::unexpected(TransportError{timedOutText}));
     });
-    asio::co_spawn(stream_.get_executor(), run(this->shared_from_this()), [](std::exception_ptr failure) {
+    asio::co_spawn(stream_.get_executor(), run(this->shared_from_this()), [](const std::exception_ptr& failure) {
       if (failure) std::rethrow_exception(failure);
     });
   }

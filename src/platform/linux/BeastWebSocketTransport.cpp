@@ -11,7 +11,7 @@ namespace {
 /// The owner's end of a session; without one the request was not valid.
 class BeastWebSocketTask : public WebSocketTask {
  public:
-  BeastWebSocketTask(std::weak_ptr<NetworkCore> core, std::shared_ptr<WebSocketSession> session,
+  BeastWebSocketTask(std::weak_ptr<NetworkCore> core, const std::shared_ptr<WebSocketSession>& session,
                      std::shared_ptr<CallbackGate> gate)
       : core_(std::move(core)), session_(session), gate_(std::move(gate)) {}
 

@@ -46,7 +46,7 @@ std::filesystem::file_time_type modificationTime(const std::filesystem::path& fo
 
 }  // namespace
 
-DesktopFiles::DesktopFiles(std::vector<std::filesystem::path> dataDirectories) {
+DesktopFiles::DesktopFiles(const std::vector<std::filesystem::path>& dataDirectories) {
   for (const auto& directory : dataDirectories)
     folders_.push_back(directory / "applications");
 }

@@ -26,7 +26,7 @@ struct DesktopFileClues {
 class DesktopFiles {
  public:
   /// XDG data directories, the most important first; their "applications" folders are read.
-  explicit DesktopFiles(std::vector<std::filesystem::path> dataDirectories);
+  explicit DesktopFiles(const std::vector<std::filesystem::path>& dataDirectories);
 
   /// The first match of: the application's own id; StartupWMClass equal to the class, then to the instance; an id equal
   /// to the class, then to the instance. Upper and lower case count as equal. Absent when no file matches.

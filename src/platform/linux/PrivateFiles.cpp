@@ -90,7 +90,7 @@ std::expected<PrivateDirectory, FileError> PrivateDirectory::inside(const std::s
 
 std::expected<Bytes, FileError> PrivateDirectory::read(const std::string& name, std::size_t limit,
                                                        bool onlyOurs) const {
-  FileDescriptor file(::openat(directory_.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  const FileDescriptor file(::openat(directory_.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status{};
   if (!file || ::fstat(file.get(), &status) != 0) return lastError();
   if (S_ISDIR(status.st_mode)) return std::unexpected(FileError{EISDIR});
@@ -101,9 +101,9 @@ std::expected<Bytes, FileError> PrivateDirectory::read(const std::string& name, 
 
 /// Writes a complete file beside its later place and returns its name.
 std::expected<std::string, FileError> PrivateDirectory::writeAside(const std::string& name, ByteView content) const {
-  const std::string aside = "." + name + ".new";
+  std::string aside = "." + name + ".new";
   if (::unlinkat(directory_.get(), aside.c_str(), 0) != 0 && errno != ENOENT) return lastError();
-  FileDescriptor file(
+  const FileDescriptor file(
       ::openat(directory_.get(), aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode));
   if (!file) return lastError();
   auto written = writeAll(file.get(), content);

@@ -12,7 +12,7 @@ ThreadQueue::ThreadQueue(const std::string& label) : loop_(std::make_shared<Task
 ThreadQueue::~ThreadQueue() {
   loop_->stop();
   // The last owner of a queue is often a task of that queue; its thread then ends by itself and drops the rest.
-  if (isCurrent())
+  if (ThreadQueue::isCurrent())
     thread_.detach();
   else
     thread_.join();

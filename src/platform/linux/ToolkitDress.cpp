@@ -181,7 +181,7 @@ std::string withoutMarkup(std::string_view text) {
 }
 
 std::string undressedLabel(std::string_view name, Toolkit toolkit) {
-  const std::string text = undressedText(name, toolkit);
+  std::string text = undressedText(name, toolkit);
   if (toolkit != Toolkit::gtk4 || text.find('_') == std::string::npos) return text;
   for (std::size_t at = text.find(' '); at != std::string::npos; at = text.find(' ', at + 1)) {
     const std::string plain = withoutMnemonics(std::string_view(text).substr(0, at));

@@ -74,7 +74,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
     // Keeps the session for its owner, which may ask for the last frame or the failure long after the end.
     ownerGone_.expires_at(asio::steady_timer::time_point::max());
     ownerGone_.async_wait([self = this->shared_from_this()](const error_code&) {});
-    asio::co_spawn(socket_.get_executor(), run(this->shared_from_this()), [](std::exception_ptr failure) {
+    asio::co_spawn(socket_.get_executor(), run(this->shared_from_this()), [](const std::exception_ptr& failure) {
       if (failure) std::rethrow_exception(failure);
     });
   }
