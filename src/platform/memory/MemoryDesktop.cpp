@@ -67,7 +67,7 @@ void MemoryDesktop::postNotification(std::int32_t pid, const std::string& notifi
   state_->model->events.post(pid, notification);
 }
 
-ElementID MemoryDesktop::openWindow(std::int32_t pid, ElementSpec window) {
+ElementID MemoryDesktop::openWindow(std::int32_t pid, const ElementSpec& window) {
   return state_->model->openWindow(pid, window);
 }
 
@@ -75,7 +75,7 @@ void MemoryDesktop::closeWindow(ElementID window) {
   state_->model->remove(window);
 }
 
-ElementID MemoryDesktop::addChild(ElementID parent, ElementSpec child) {
+ElementID MemoryDesktop::addChild(ElementID parent, const ElementSpec& child) {
   return state_->model->addChild(parent, child);
 }
 

@@ -80,10 +80,10 @@ class MemoryDesktop {
   void postNotification(std::int32_t pid, const std::string& notification);
   /// Opens a window in front of all others, focused; posts the notifications a real system posts. A window without a
   /// frame is not in the window list.
-  ElementID openWindow(std::int32_t pid, ElementSpec window);
+  ElementID openWindow(std::int32_t pid, const ElementSpec& window);
   void closeWindow(ElementID window);
   /// Puts an element below another; used for sheets inside windows and for trees that change.
-  ElementID addChild(ElementID parent, ElementSpec child);
+  ElementID addChild(ElementID parent, const ElementSpec& child);
   void removeElement(ElementID element);
   void setTitle(ElementID element, std::optional<std::string> title);
   void setDescription(ElementID element, std::optional<std::string> description);
