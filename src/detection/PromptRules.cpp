@@ -17,8 +17,7 @@ constexpr std::array<std::string_view, 4> secretPhrases = {"password", "keychain
 
 constexpr const char* secretReason =
     "This dialog asks for a password or keychain access. Use TeamViewer, AnyDesk, Screen Sharing, or physical access "
-    "so "
-    "Tallyfox never handles secrets. You can still deny it remotely.";
+    "so Tallyfox never handles secrets. You can still deny it remotely.";
 constexpr const char* settingsReason =
     "Approving this requires changing macOS settings. Use TeamViewer, AnyDesk, Screen Sharing, or physical access to "
     "approve it. You can still deny it remotely.";

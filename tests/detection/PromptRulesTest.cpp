@@ -11,8 +11,7 @@ namespace {
 
 constexpr const char* secretReason =
     "This dialog asks for a password or keychain access. Use TeamViewer, AnyDesk, Screen Sharing, or physical access "
-    "so "
-    "Tallyfox never handles secrets. You can still deny it remotely.";
+    "so Tallyfox never handles secrets. You can still deny it remotely.";
 constexpr const char* settingsReason =
     "Approving this requires changing macOS settings. Use TeamViewer, AnyDesk, Screen Sharing, or physical access to "
     "approve it. You can still deny it remotely.";
