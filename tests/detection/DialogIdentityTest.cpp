@@ -71,5 +71,49 @@ TEST(DialogIdentity, truncatesTheFrame) {
   EXPECT_EQ(DialogIdentity::approvalID("org.notes", whole), DialogIdentity::approvalID("org.notes", fraction));
 }
 
+TEST(DialogIdentity, fingerprintsAnythingVisible) {
+  const std::vector<void (*)(PendingApproval&)> changes = {
+      [](PendingApproval& other) { other.windowTitle = "access"; },
+      [](PendingApproval& other) { other.windowFrame.y += 1; },
+      [](PendingApproval& other) { other.windowFrame.width += 1; },
+      [](PendingApproval& other) { other.windowFrame.height += 1; },
+      [](PendingApproval& other) { other.messageLines[1] = "Line  two"; },
+      [](PendingApproval& other) { std::swap(other.messageLines[0], other.messageLines[1]); },
+      [](PendingApproval& other) { other.buttons[1].label = "ALLOW"; },
+      [](PendingApproval& other) { other.buttons.pop_back(); },
+  };
+  const Uuid id = DialogIdentity::approvalID("org.notes", dialog());
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    PendingApproval other = dialog();
+    changes[i](other);
+    EXPECT_NE(DialogIdentity::approvalID("org.notes", other), id) << "change " << i;
+  }
+  EXPECT_NE(DialogIdentity::approvalID("org.other", dialog()), id);
+  PendingApproval alike = dialog();
+  alike.buttons[0].x += 5;
+  alike.appName = "Other name";
+  alike.detectedAt += std::chrono::hours(1);
+  EXPECT_EQ(DialogIdentity::approvalID("org.notes", alike), id);
+}
+
+TEST(DialogIdentity, suppressesByTheLengthPrefixedComponents) {
+  const auto expectText = [](const Uuid& id, std::string_view text) { EXPECT_EQ(id, DialogIdentity::digestID(text)); };
+  expectText(DialogIdentity::suppressionID("org.notes", "", {}, {}), "14:suppression-v29:org.notes0:1:01:0");
+  expectText(DialogIdentity::suppressionID("a", "b", {"c", "", "c"}, {"e", "d"}),
+             "14:suppression-v21:a1:b1:31:c0:1:c1:21:d1:e");
+  expectText(DialogIdentity::suppressionID("a", "b", {"é"}, {"OK", "OK"}), "14:suppression-v21:a1:b1:12:é1:22:OK2:OK");
+  // By scalar values: capitals, small letters, letters beyond ASCII, those beyond the first plane.
+  expectText(DialogIdentity::suppressionID("a", "", {}, {"😀", "é", "a", "\uFFFD", "Z", ""}),
+             "14:suppression-v21:a0:1:01:60:1:Z1:a2:é3:\uFFFD4:😀");
+}
+
+TEST(DialogIdentity, suppressesNothingElseByChance) {
+  const Uuid id = DialogIdentity::suppressionID("a", "b", {"c", "d"}, {"e"});
+  EXPECT_NE(DialogIdentity::suppressionID("a", "b", {"d", "c"}, {"e"}), id);
+  EXPECT_NE(DialogIdentity::suppressionID("a", "b", {"c"}, {"d", "e"}), id);
+  EXPECT_NE(DialogIdentity::suppressionID("a", "b", {"c", "d"}, {"e", "e"}), id);
+  EXPECT_NE(DialogIdentity::suppressionID("b", "a", {"c", "d"}, {"e"}), id);
+}
+
 }  // namespace
 }  // namespace tallyfox
