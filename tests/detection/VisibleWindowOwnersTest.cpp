@@ -63,8 +63,9 @@ TEST(VisibleWindowOwners, ignoresFaintLowAndSmallWindows) {
     double height;
     bool isVisible;
   };
-  for (const Case& one : {Case{0.01, 0, 80, 40, false}, Case{0.02, 0, 80, 40, true}, Case{1, -1, 80, 40, false},
-                          Case{1, 25, 80, 40, true}, Case{1, 0, 79.9, 40, false}, Case{1, 0, 80, 39.9, false}}) {
+  for (const Case& one : {Case{0, 0, 80, 40, false}, Case{0.01, 0, 80, 40, false}, Case{0.0101, 0, 80, 40, true},
+                          Case{1, -1, 80, 40, false}, Case{1, 25, 80, 40, true}, Case{1, 0, 79.9, 400, false},
+                          Case{1, 0, 800, 39.9, false}, Case{1, 0, -800, 400, false}, Case{1, 0, 40, 80, false}}) {
     WindowInfo window = visible();
     window.alpha = one.alpha;
     window.layer = one.layer;
@@ -102,9 +103,30 @@ TEST_F(VisibleWindowOwnersTest, changesTheSignatureWhenAWindowMovesByOnePoint) {
   const auto before = stubbed.visibleWindowSignatures();
   list.onScreen[0].bounds->x += 1;
   EXPECT_NE(stubbed.visibleWindowSignatures(), before);
+}
+
+TEST_F(VisibleWindowOwnersTest, changesTheSignatureWithEachOfItsParts) {
+  const std::vector<void (*)(WindowInfo&)> changes = {
+      [](WindowInfo& window) { window.ownerProcessIdentifier = 8; },
+      [](WindowInfo& window) { window.ownerName = "Other"; },
+      [](WindowInfo& window) { window.name = "Renamed"; },
+      [](WindowInfo& window) { window.layer = 1; },
+      [](WindowInfo& window) { window.bounds->y += 1; },
+      [](WindowInfo& window) { window.bounds->width += 1; },
+      [](WindowInfo& window) { window.bounds->height += 1; },
+      [](WindowInfo& window) { window.alpha = 0; },
+  };
+  list.onScreen = {visible()};
+  const auto before = stubbed.visibleWindowSignatures();
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    list.onScreen[0] = visible();
+    changes[i](list.onScreen[0]);
+    EXPECT_NE(stubbed.visibleWindowSignatures(), before) << "change " << i;
+  }
   list.onScreen[0] = visible();
-  list.onScreen[0].name = "Renamed";
-  EXPECT_NE(stubbed.visibleWindowSignatures(), before);
+  list.onScreen[0].bounds->x += 0.5;
+  list.onScreen[0].alpha = 0.5;
+  EXPECT_EQ(stubbed.visibleWindowSignatures(), before) << "a part of a point and the alpha are no parts";
 }
 
 TEST_F(VisibleWindowOwnersTest, ignoresTheOrderOfWindowsInTheSignature) {
