@@ -29,12 +29,14 @@ class InstallationSecretStorageTest : public testing::Test {
         .defaultsKey = secret_keys::installationSecrets,
         .readKeychain = [this]() -> std::expected<std::optional<Bytes>, KeychainError> {
           if (readFailure != 0) return std::unexpected(KeychainError{readFailure});
+          if (writes > 0 && readBackFailure != 0) return std::unexpected(KeychainError{readBackFailure});
           return item;
         },
         .writeKeychain =
             [this](ByteView data) {
               ++writes;
               if (!writable) return false;
+              if (losesWrites) return true;
               item = Bytes(data.begin(), data.end());
               if (alterWrites) item->push_back(' ');
               return true;
@@ -47,7 +49,9 @@ class InstallationSecretStorageTest : public testing::Test {
   std::optional<Bytes> item;
   KeychainStatus readFailure = 0;
   bool writable = true;
+  KeychainStatus readBackFailure = 0;
   bool alterWrites = false;
+  bool losesWrites = false;
   int writes = 0;
 };
 
@@ -90,12 +94,40 @@ TEST_F(InstallationSecretStorageTest, refusesAnUnreadableCopyOfThePreferences) {
   EXPECT_FALSE(item.has_value());
 }
 
+TEST_F(InstallationSecretStorageTest, refusesAnUnusableCopyOfThePreferences) {
+  defaults.setObject(secret_keys::installationSecrets, encoded({"pairing", " ", "secret"}));
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::invalidStoredSecrets)));
+  EXPECT_EQ(writes, 0);
+}
+
+TEST_F(InstallationSecretStorageTest, takesACopyOfThePreferencesThatIsNoBytesForNone) {
+  defaults.setObject(secret_keys::installationSecrets, std::string("text"));
+  const auto created = load();
+  ASSERT_TRUE(created.has_value());
+  EXPECT_EQ(item, encoded(*created));
+  EXPECT_FALSE(hasPreference(secret_keys::installationSecrets));
+}
+
+TEST_F(InstallationSecretStorageTest, keepsTheCopyOfThePreferencesWhileTheItemIsUnreadable) {
+  item = copyOfBytes("rubbish");
+  defaults.setObject(secret_keys::installationSecrets, encoded(known));
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::invalidStoredSecrets)));
+  EXPECT_TRUE(hasPreference(secret_keys::installationSecrets));
+}
+
+TEST_F(InstallationSecretStorageTest, prefersTheCopyOfThePreferencesToTheOlderValues) {
+  defaults.setObject(secret_keys::installationSecrets, encoded(known));
+  defaults.setObject(secret_keys::perInstallPairingID, std::string("older-pairing"));
+  EXPECT_EQ(load("seed"), known);
+}
+
 TEST_F(InstallationSecretStorageTest, createsSecretsOnTheFirstStart) {
   const auto created = load("Office Mac-42");
   ASSERT_TRUE(created.has_value());
   EXPECT_THAT(created->pairingID, MatchesRegex("office-mac-[0-9a-f]{32}"));
   EXPECT_THAT(created->relayAuthToken, MatchesRegex("[0-9a-f]{64}"));
   EXPECT_THAT(created->e2eSecret, MatchesRegex("[0-9a-f]{64}"));
+  EXPECT_NE(created->relayAuthToken, created->e2eSecret);
   EXPECT_EQ(item, encoded(*created));
   EXPECT_EQ(load(), created);
 }
@@ -108,6 +140,14 @@ TEST_F(InstallationSecretStorageTest, keepsTheOlderPairingIdAndSecretOnTheFirstS
   EXPECT_EQ(created->pairingID, "older-pairing");
   EXPECT_EQ(created->e2eSecret, "older secret");
   EXPECT_THAT(created->relayAuthToken, MatchesRegex("[0-9a-f]{64}"));
+}
+
+TEST_F(InstallationSecretStorageTest, keepsOneOlderValueWithoutTheOther) {
+  defaults.setObject(secret_keys::perInstallE2eSecret, std::string(" older secret "));
+  const auto created = load("seed");
+  ASSERT_TRUE(created.has_value());
+  EXPECT_THAT(created->pairingID, MatchesRegex("seed-[0-9a-f]{32}"));
+  EXPECT_EQ(created->e2eSecret, " older secret ");
 }
 
 TEST_F(InstallationSecretStorageTest, ignoresBlankAndWronglyTypedOlderValues) {
@@ -131,7 +171,25 @@ TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatCouldNotBeSaved) {
 
 TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatReadBackDifferently) {
   alterWrites = true;
+  defaults.setObject(secret_keys::installationSecrets, encoded(known));
   EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::unableToSave)));
+  EXPECT_TRUE(hasPreference(secret_keys::installationSecrets));
+}
+
+TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatCannotBeReadBack) {
+  defaults.setObject(secret_keys::perInstallPairingID, std::string("older-pairing"));
+  losesWrites = true;
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::unableToSave)));
+  losesWrites = false;
+  writes = 0;
+  readBackFailure = keychain_status::notAvailable;
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::unableToSave)));
+  EXPECT_TRUE(hasPreference(secret_keys::perInstallPairingID)) << "it stays for the next try";
+}
+
+TEST(KeychainError, isDescribedAmongTheErrorsOfLoading) {
+  EXPECT_EQ(description(SecretsError(KeychainError{-34018})),
+            "Keychain is unavailable (-34018). Unlock the login keychain and reopen Tallyfox.");
 }
 
 TEST(KeychainError, namesItsStatus) {

@@ -67,6 +67,34 @@ TEST_F(PairingConfigurationTest, letsAnEmptyNewerAddressDisableTheEnvironment) {
   EXPECT_EQ(pairing.launchConfiguration()->relayURL, "wss://bundled.example.com");
 }
 
+TEST_F(PairingConfigurationTest, letsAnEmptyNewerSeedDisableTheEnvironment) {
+  environment.set("TALLYFOX_RELAY_URL", "wss://newer.example.com");
+  environment.set("TALLYFOX_PAIRING_ID", "");
+  environment.set("QUARRYSTONE_PAIRING_ID", "older");
+  EXPECT_EQ(pairing.environmentConfiguration(), std::nullopt);
+}
+
+TEST_F(PairingConfigurationTest, mixesNewerAndOlderNames) {
+  environment.set("TALLYFOX_RELAY_URL", "wss://newer.example.com");
+  environment.set("QUARRYSTONE_RELAY_URL", "wss://older.example.com");
+  environment.set("QUARRYSTONE_PAIRING_ID", "older");
+  EXPECT_EQ(pairing.environmentConfiguration(), (RelayLaunchConfiguration{"wss://newer.example.com", "older"}));
+}
+
+TEST_F(PairingConfigurationTest, prefersTheEnvironmentToTheResource) {
+  setResource(Members{{"relayURL", "wss://bundled.example.com"}, {"pairingID", "bundled"}});
+  setEnvironment("wss://relay.example.com", "seed");
+  EXPECT_EQ(pairing.launchConfiguration()->relayURL, "wss://relay.example.com");
+}
+
+TEST_F(PairingConfigurationTest, looksAgainWhileNothingIsConfigured) {
+  EXPECT_EQ(pairing.launchConfiguration(), std::nullopt);
+  EXPECT_THAT(keychain.calls(), IsEmpty()) << "no identity is made for no relay";
+  EXPECT_THAT(console.lines(), IsEmpty());
+  setEnvironment("wss://relay.example.com", "seed");
+  EXPECT_TRUE(pairing.launchConfiguration().has_value());
+}
+
 TEST_F(PairingConfigurationTest, doesNotTrimTheEnvironment) {
   setEnvironment(" ", "seed");
   EXPECT_EQ(pairing.environmentConfiguration(), (RelayLaunchConfiguration{" ", "seed"}));
@@ -77,6 +105,8 @@ TEST_F(PairingConfigurationTest, readsTheResourceSilently) {
   setResource(Members{{"relayURL", "wss://bundled.example.com"}, {"pairingID", "bundled"}, {"other", "x"}});
   EXPECT_EQ(pairing.bundledConfiguration(), (RelayLaunchConfiguration{"wss://bundled.example.com", "bundled"}));
   setResource(Members{{"relayURL", ""}, {"pairingID", "bundled"}});
+  EXPECT_EQ(pairing.bundledConfiguration(), std::nullopt);
+  setResource(Members{{"relayURL", "wss://bundled.example.com"}, {"pairingID", ""}});
   EXPECT_EQ(pairing.bundledConfiguration(), std::nullopt);
   EXPECT_THAT(console.lines(), IsEmpty());
 }
@@ -143,6 +173,31 @@ TEST_F(PairingConfigurationTest, storesInTheDataProtectionKeychainAndClearsTheLe
   EXPECT_THAT(console.lines(), IsEmpty());
 }
 
+TEST_F(PairingConfigurationTest, storesInTheLegacyKeychainWhenTheOtherFailsAloud) {
+  keychain.failNext(MemoryKeychain::Operation::update, true, -25293);
+  ASSERT_TRUE(pairing.installationSecrets(std::nullopt).has_value());
+  EXPECT_FALSE(keychain.stored(item(true)).has_value());
+  EXPECT_TRUE(keychain.stored(item(false)).has_value());
+  EXPECT_THAT(console.lines(), ElementsAre("Unable to update installation-secrets-v1 in Keychain: -25293"));
+}
+
+TEST_F(PairingConfigurationTest, storesNowhereWhenBothKeychainsFail) {
+  keychain.setDataProtectionAvailable(false);
+  keychain.failNext(MemoryKeychain::Operation::add, false, -25293);
+  EXPECT_EQ(pairing.installationSecrets(std::nullopt), std::nullopt);
+  EXPECT_THAT(
+      console.lines(),
+      ElementsAre("Unable to save installation-secrets-v1 in Keychain: -25293",
+                  "Unable to load pairing credentials: Pairing credentials could not be saved to Keychain. Unlock the "
+                  "login keychain and reopen Tallyfox."));
+}
+
+TEST_F(PairingConfigurationTest, usesSecretsWhoseLegacyCopyCannotBeDeleted) {
+  keychain.failNext(MemoryKeychain::Operation::remove, false, -25293);
+  EXPECT_TRUE(pairing.installationSecrets(std::nullopt).has_value());
+  EXPECT_THAT(console.lines(), ElementsAre("Unable to delete installation-secrets-v1 from Keychain: -25293"));
+}
+
 TEST_F(PairingConfigurationTest, storesInTheLegacyKeychainWithoutTheOther) {
   keychain.setDataProtectionAvailable(false);
   ASSERT_TRUE(pairing.installationSecrets(std::nullopt).has_value());
@@ -158,6 +213,17 @@ TEST_F(PairingConfigurationTest, removesTheOlderKeysOnceTheyAreMoved) {
   EXPECT_EQ(secrets->pairingID, "older-pairing");
   EXPECT_EQ(secrets->e2eSecret, "older secret");
   EXPECT_EQ(secrets->relayAuthToken.size(), 64U);
+  EXPECT_THAT(defaults.values(), IsEmpty());
+}
+
+TEST_F(PairingConfigurationTest, removesTheOlderKeysAlsoWhenTheKeychainHasSecrets) {
+  const InstallationSecrets secrets{"tallyfox-1", "token", "secret"};
+  keychain.put(item(true), copyOfBytes(jsonText(secrets.json())));
+  for (const char* key :
+       {secret_keys::installationSecrets, secret_keys::perInstallPairingID, secret_keys::perInstallE2eSecret}) {
+    defaults.setObject(key, std::string("x"));
+  }
+  EXPECT_EQ(pairing.installationSecrets("seed"), secrets);
   EXPECT_THAT(defaults.values(), IsEmpty());
 }
 
@@ -225,6 +291,24 @@ TEST_F(PairingConfigurationTest, forgetsTheIdentityEverywhereOnRotation) {
   EXPECT_EQ(keychain.stored(item(true)), std::nullopt);
   EXPECT_EQ(keychain.stored(item(false)), std::nullopt);
   EXPECT_THAT(defaults.values(), IsEmpty());
+}
+
+TEST_F(PairingConfigurationTest, printsWhatARotationCannotDeleteAndForgetsTheRest) {
+  setEnvironment("wss://relay.example.com", "seed");
+  const auto first = pairing.launchConfiguration();
+  ASSERT_TRUE(first.has_value());
+  keychain.failNext(MemoryKeychain::Operation::remove, false, -25293);
+  pairing.rotateInstallationIdentity();
+  EXPECT_THAT(console.lines(), ElementsAre("Unable to delete installation-secrets-v1 from Keychain: -25293"));
+  EXPECT_NE(pairing.launchConfiguration()->pairingID, first->pairingID);
+}
+
+TEST_F(PairingConfigurationTest, forgetsTheCredentialFailureOnRotation) {
+  keychain.failNext(MemoryKeychain::Operation::copyMatching, true, keychain_status::notAvailable);
+  EXPECT_EQ(pairing.installationSecrets(std::nullopt), std::nullopt);
+  ASSERT_TRUE(pairing.cachedCredentialError().has_value());
+  pairing.rotateInstallationIdentity();
+  EXPECT_EQ(pairing.cachedCredentialError(), std::nullopt);
 }
 
 }  // namespace
