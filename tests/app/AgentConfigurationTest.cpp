@@ -49,6 +49,12 @@ INSTANTIATE_TEST_SUITE_P(Hexadecimals, PositiveNumber,
                                                                    {"0xAp-1", 5.0},
                                                                    {"0x1e", 30.0},
                                                                    {"0x1.P0", 1.0},
+                                                                   {"0x1.fffffffffffffp1023", 0x1.fffffffffffffp1023},
+                                                                   {"0x1.fffffffffffff8p1023", infinity},
+                                                                   {"0x1.00000000000008p0", 1.0},
+                                                                   {"0x1.00000000000018p0", 0x1.0000000000002p0},
+                                                                   {"0x1p-1074", 0x1p-1074},
+                                                                   {"0x0.0000000000001p52", 1.0},
                                                                    {"0x1p1024", infinity},
                                                                    {"0x1p-1200", std::nullopt}}));
 
@@ -190,6 +196,40 @@ TEST_F(AgentConfigurationTest, turnsDiagnosticsOnByEitherName) {
   environment.set("TALLYFOX_DIALOG_DIAGNOSTICS", "no");
   EXPECT_FALSE(configuration.dialogDiagnostics());
 }
+
+struct IntervalCase {
+  const char* name;
+  Seconds (AgentConfiguration::*interval)() const;
+  Seconds fallback;
+};
+
+class AgentInterval : public AgentConfigurationTest, public testing::WithParamInterface<IntervalCase> {};
+
+TEST_P(AgentInterval, prefersTheNewerNameAndSkipsWhatIsInvalid) {
+  const auto& [name, interval, fallback] = GetParam();
+  const auto now = [&] { return (configuration.*interval)(); };
+  const std::string newer = std::string("TALLYFOX_") + name;
+  const std::string older = std::string("QUARRYSTONE_") + name;
+  EXPECT_EQ(now(), fallback);
+  environment.set(older, "7.5");
+  EXPECT_EQ(now(), Seconds(7.5));
+  environment.set(newer, "1.25");
+  EXPECT_EQ(now(), Seconds(1.25)) << "and read anew at every call";
+  environment.set(newer, "0");
+  EXPECT_EQ(now(), Seconds(7.5));
+  environment.set(older, "-1");
+  EXPECT_EQ(now(), fallback);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, AgentInterval,
+    testing::Values(
+        IntervalCase{"SAFETY_SWEEP_INTERVAL_SECONDS", &AgentConfiguration::safetySweepInterval, Seconds(300)},
+        IntervalCase{"SCAN_INTERVAL_SECONDS", &AgentConfiguration::safetySweepInterval, Seconds(300)},
+        IntervalCase{"EVENT_SCAN_DEBOUNCE_SECONDS", &AgentConfiguration::eventScanDebounce, Seconds(0.35)},
+        IntervalCase{"APPROVAL_STALE_GRACE_SECONDS", &AgentConfiguration::approvalStaleGrace, Seconds(8)},
+        IntervalCase{"VISIBLE_WINDOW_OWNER_POLL_SECONDS", &AgentConfiguration::visibleWindowOwnerPoll, Seconds(2)}),
+    [](const auto& instance) { return std::string(instance.param.name); });
 
 }  // namespace
 }  // namespace tallyfox

@@ -51,6 +51,8 @@ TEST_F(ApprovalStoreTest, keepsIdAndFirstDetectionOfADialogSeenAgain) {
   PendingApproval again = scannedApproval(1, now());
   again.messageLines = {"3 items are left"};
   again.windowFrame = {1, 2, 3, 4};
+  again.suppressionID = Uuid::random();
+  again.buttons.pop_back();
   store.replace({again});
   ASSERT_THAT(store.all(), SizeIs(1));
   again.id = id;
@@ -149,6 +151,51 @@ TEST_F(ApprovalStoreTest, drawsANewIdWhenTheRetentionIsOver) {
   time.advance(seconds(30));
   store.replace({scannedApproval(1)});
   EXPECT_NE(onlyID(), id);
+}
+
+TEST_F(ApprovalStoreTest, drawsANewIdWhenTheRetentionIsGivenUp) {
+  store.replace({scannedApproval(1)});
+  const Uuid id = onlyID();
+  store.remove(id, Seconds(30));
+  store.remove(id, std::nullopt);
+  store.replace({scannedApproval(1)});
+  EXPECT_NE(onlyID(), id);
+}
+
+TEST_F(ApprovalStoreTest, retainsAnewFromTheLastRemoval) {
+  store.replace({scannedApproval(1)});
+  const Uuid id = onlyID();
+  store.remove(id, Seconds(30));
+  time.advance(seconds(20));
+  store.remove(id, Seconds(30));
+  time.advance(seconds(20));
+  store.replace({scannedApproval(1)});
+  EXPECT_EQ(onlyID(), id);
+}
+
+TEST_F(ApprovalStoreTest, retainsTheIdentityOfOneDialogOnly) {
+  store.replace({scannedApproval(1), scannedApproval(2)});
+  const auto before = store.all();
+  store.remove(before.at(0).id, Seconds(30));
+  store.remove(before.at(1).id, std::nullopt);
+  store.replace({scannedApproval(1), scannedApproval(2)});
+  std::size_t kept = 0;
+  for (const PendingApproval& approval : before)
+    kept += store.approval(approval.id).has_value() ? 1U : 0U;
+  EXPECT_EQ(kept, 1U);
+  EXPECT_TRUE(store.approval(before.at(0).id).has_value());
+}
+
+TEST_F(ApprovalStoreTest, dropsEachDialogByItsOwnTime) {
+  store.replace({scannedApproval(1), scannedApproval(2)});
+  time.advance(seconds(5));
+  store.replace({scannedApproval(2)});
+  time.advance(seconds(5));
+  store.replace({scannedApproval(3)});
+  std::vector<std::string> titles;
+  for (const PendingApproval& approval : store.all())
+    titles.push_back(approval.windowTitle);
+  EXPECT_THAT(titles, testing::UnorderedElementsAre("Dialog 2", "Dialog 3"));
 }
 
 TEST_F(ApprovalStoreTest, endsTheRetentionWhenTheDialogComesBack) {

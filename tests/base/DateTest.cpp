@@ -41,6 +41,8 @@ TEST(Date, acceptsOffsetsAsZoneDesignators) {
   EXPECT_EQ(parsedISO8601("2026-03-14T10:26:53+01:00"), pi);
   EXPECT_EQ(parsedISO8601("2026-03-14T03:56:53-05:30"), pi);
   EXPECT_EQ(parsedISO8601("2026-03-15T00:26:53.25+15:00"), pi + 250ms);
+  EXPECT_EQ(parsedISO8601("2026-03-14T09:26:53-00:00"), pi);
+  EXPECT_EQ(parsedISO8601("2026-03-14T10:26:53+0100"), pi) << "the colon may be left out";
 }
 
 TEST(Date, knowsLeapDays) {

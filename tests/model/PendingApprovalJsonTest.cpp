@@ -94,6 +94,10 @@ TEST(PendingApprovalJson, refusesAWrongPartOfANestedRecord) {
   EXPECT_FALSE(PendingApproval::decoded(with("messageLines", {"text", 1})).has_value());
 }
 
+TEST(PendingApprovalJson, ignoresMembersThatItDoesNotList) {
+  EXPECT_EQ(PendingApproval::decoded(with("unlisted", 1)), sampleApproval());
+}
+
 TEST(PendingApprovalJson, readsUuidsInAnyCase) {
   const auto approval = PendingApproval::decoded(with("id", "e621e1f8-C36C-495a-93fc-0c247a3e6e5f"));
   ASSERT_TRUE(approval.has_value());

@@ -54,7 +54,8 @@ TEST(RelayAddress, isAllowedUnencryptedForThisMachineItselfAlone) {
   EXPECT_TRUE(isAllowed("Ws://127.0.0.1:9"));
   EXPECT_TRUE(isAllowed("ws://[::1]:9"));
   for (const char* text : {"ws://relay.example.com", "ws://127.0.0.2", "ws://localhost.example.com", "ws://[::2]",
-                           "ws://localhost@relay.example.com", "ws://127.0.0.1.example.com", "ws://[0:0:0:0:0:0:0:1]"})
+                           "ws://localhost@relay.example.com", "ws://LOCALHOST", "ws://localhost.",
+                           "ws://127.0.0.1.example.com", "ws://[0:0:0:0:0:0:0:1]"})
     EXPECT_FALSE(isAllowed(text)) << text;
 }
 

@@ -75,5 +75,12 @@ TEST(RelayCommands, nameTheFourStatuses) {
   EXPECT_STREQ(approval_status::requiresDirectAccess, "requires_direct_access");
 }
 
+TEST(RelayCommands, readIdsInAnyCaseAndWriteThemInUpperCase) {
+  const auto command =
+      ApprovalRequestCommand::decoded({{"approvalID", "e621e1f8-c36c-495a-93fc-0c247a3e6e5f"}, {"buttonLabel", "OK"}});
+  ASSERT_TRUE(command.has_value());
+  EXPECT_EQ(command->json()["approvalID"], idText);
+}
+
 }  // namespace
 }  // namespace tallyfox
