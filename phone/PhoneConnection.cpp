@@ -85,7 +85,7 @@ void PhoneConnection::send(const Json& message) {
 
 void PhoneConnection::sendSealed(Json message, const char* payloadKey, const Json& command) {
   const auto payload = RelayCrypto::seal(bytesOf(jsonText(command)), pairing_.e2eSecret);
-  if (!payload) return events_.onProblem("The message could not be encrypted: " + payload.error().description);
+  if (!payload) return events_.onProblem("The message could not be encrypted: " + description(payload.error()));
   message[payloadKey] = payload->json();
   message["issuedAt"] = formattedISO8601(dependencies_.clock.now());
   send(message);

@@ -215,7 +215,7 @@ void RelayClient::publishSnapshot(const std::vector<PendingApproval>& approvals,
       const auto sealed =
           RelayCrypto::seal(bytesOf(jsonText(approvalsJson(approvals))), state.configuration.cryptoSecret);
       if (!sealed) {
-        state.printLine("Unable to encrypt relay snapshot: ", sealed.error().description);
+        state.printLine("Unable to encrypt relay snapshot: ", description(sealed.error()));
         return;
       }
       state.latestSnapshot = MacSnapshotRelayMessage{state.dependencies.clock.now(), accessibilityTrusted, *sealed,
@@ -244,7 +244,7 @@ void RelayClient::publishResult(std::string decisionID, ApprovalResultCommand co
   Poster (*this)([decisionID = std::move(decisionID), command = std::move(command)](RelayClient& self, State& state) {
     const auto sealed = RelayCrypto::seal(bytesOf(jsonText(command.json())), state.configuration.cryptoSecret);
     if (!sealed) {
-      state.printLine("Unable to encrypt relay result: ", sealed.error().description);
+      state.printLine("Unable to encrypt relay result: ", description(sealed.error()));
       return;
     }
     self.send(ApprovalResultRelayMessage{decisionID, *sealed, state.dependencies.clock.now()}.json(), {});

@@ -7,14 +7,6 @@
 #include "base/Text.hpp"
 
 namespace tallyfox {
-namespace {
-
-std::unexpected<CryptoError> invalidCiphertext() {
-  return std::unexpected(CryptoError{"The ciphertext is not valid."});
-}
-
-}  // namespace
-
 Json EncryptedRelayPayload::json() const {
   return {{"version", version}, {"nonce", nonce}, {"ciphertext", ciphertext}};
 }
@@ -28,11 +20,24 @@ std::expected<EncryptedRelayPayload, DecodingError> EncryptedRelayPayload::decod
   return reader.finish(std::move(payload));
 }
 
+std::string_view description(RelayCryptoError error) {
+  switch (error) {
+    case RelayCryptoError::invalidCiphertext:
+      return "The ciphertext is not valid.";
+  }
+  return {};
+}
+
+std::string description(const SealingError& error) {
+  if (const auto* cipher = std::get_if<CryptoError>(&error)) return cipher->description;
+  return std::string(description(std::get<RelayCryptoError>(error)));
+}
+
 AesKey RelayCrypto::key(std::string_view secret) {
   return sha256(bytesOf(trimmed(secret)));
 }
 
-std::expected<EncryptedRelayPayload, CryptoError> RelayCrypto::seal(ByteView plaintext, std::string_view secret) {
+std::expected<EncryptedRelayPayload, SealingError> RelayCrypto::seal(ByteView plaintext, std::string_view secret) {
   AesGcmNonce nonce{};
   if (!fillWithSecureRandom(nonce)) return std::unexpected(CryptoError{"No secure random bytes are available."});
   const auto combined = aesGcmSealed(key(secret), nonce, plaintext);
@@ -40,9 +45,9 @@ std::expected<EncryptedRelayPayload, CryptoError> RelayCrypto::seal(ByteView pla
   return EncryptedRelayPayload{1, base64Encoded(nonce), base64Encoded(*combined)};
 }
 
-std::expected<Bytes, CryptoError> RelayCrypto::open(const EncryptedRelayPayload& payload, std::string_view secret) {
+std::expected<Bytes, SealingError> RelayCrypto::open(const EncryptedRelayPayload& payload, std::string_view secret) {
   const auto combined = base64Decoded(payload.ciphertext);
-  if (!combined) return invalidCiphertext();
+  if (!combined) return std::unexpected(RelayCryptoError::invalidCiphertext);
   return aesGcmOpened(key(secret), *combined);
 }
 

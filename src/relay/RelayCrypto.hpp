@@ -3,6 +3,7 @@
 #include <expected>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "base/Crypto.hpp"
@@ -21,17 +22,26 @@ struct EncryptedRelayPayload {
   [[nodiscard]] static std::expected<EncryptedRelayPayload, DecodingError> decoded(const Json& value);
 };
 
-/// End-to-end encryption between agent and phone. Stateless; any thread. Errors are sentences for a log line.
+/// The payload's text is no base64, or sealing gave no combined box.
+enum class RelayCryptoError { invalidCiphertext };
+[[nodiscard]] std::string_view description(RelayCryptoError error);
+
+/// What the cipher itself refuses passes through as it is.
+using SealingError = std::variant<RelayCryptoError, CryptoError>;
+/// A sentence for a log line.
+[[nodiscard]] std::string description(const SealingError& error);
+
+/// End-to-end encryption between agent and phone. Stateless; any thread.
 class RelayCrypto {
  public:
   RelayCrypto() = delete;
   /// SHA-256 of the secret without white space at both ends.
   [[nodiscard]] static AesKey key(std::string_view secret);
   /// With a fresh random nonce each time.
-  [[nodiscard]] static std::expected<EncryptedRelayPayload, CryptoError> seal(ByteView plaintext,
-                                                                              std::string_view secret);
-  [[nodiscard]] static std::expected<Bytes, CryptoError> open(const EncryptedRelayPayload& payload,
-                                                              std::string_view secret);
+  [[nodiscard]] static std::expected<EncryptedRelayPayload, SealingError> seal(ByteView plaintext,
+                                                                               std::string_view secret);
+  [[nodiscard]] static std::expected<Bytes, SealingError> open(const EncryptedRelayPayload& payload,
+                                                               std::string_view secret);
   /// 64 lower-case hexadecimal digits that change with the ids and button labels of the list, nothing else.
   [[nodiscard]] static std::string snapshotID(const std::vector<PendingApproval>& approvals);
 };

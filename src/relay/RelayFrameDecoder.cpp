@@ -15,7 +15,7 @@ std::expected<IncomingRelayFrame, DecodingError> decodedAs(const Json& json) {
 template <typename Command>
 std::expected<Command, DecodingError> opened(const EncryptedRelayPayload& payload, const std::string& secret) {
   const auto plaintext = RelayCrypto::open(payload, secret);
-  if (!plaintext) return std::unexpected(DecodingError{plaintext.error().description});
+  if (!plaintext) return std::unexpected(DecodingError{description(plaintext.error())});
   const auto json = parsedJson(textOf(*plaintext));
   if (!json) return std::unexpected(json.error());
   return Command::decoded(*json);

@@ -150,6 +150,14 @@ TEST_F(RelayClientReceiving, printsOneLineForAPayloadThatItCannotOpen) {
   EXPECT_THAT(requests, SizeIs(1));
 }
 
+TEST_F(RelayClientReceiving, reportsTheRelayEvenForAPayloadThatItCannotOpen) {
+  const auto foreign = RelayCrypto::seal(bytesOf("{}"), "another secret").value();
+  deliver(ApprovalRequestRelayMessage{"decision-1", foreign, std::nullopt}.json());
+  EXPECT_THAT(statuses, ElementsAre(connected));
+  deliver(ApprovalSuppressionRelayMessage{"approval.suppress", "decision-1", foreign, std::nullopt}.json());
+  EXPECT_THAT(statuses, ElementsAre(connected, connected));
+}
+
 TEST_F(RelayClientReceiving, losesTheConnectionToAFrameBeyondTheLimits) {
   deliver(std::string(limits::frameBytes + 1, ' '));
   EXPECT_EQ(statuses.back(), RelayConnectionStatus{});

@@ -89,7 +89,21 @@ TEST(RelayCrypto, opensNothingThatIsNoBoxAndSaysWhy) {
                                         base64Encoded(Bytes(28, 0)), "-_-_" + std::string(40, 'A')}) {
     const auto opened = RelayCrypto::open({1, "", ciphertext}, secret);
     ASSERT_FALSE(opened.has_value()) << ciphertext;
-    EXPECT_FALSE(opened.error().description.empty());
+    EXPECT_FALSE(description(opened.error()).empty());
+  }
+}
+
+TEST(RelayCrypto, tellsAnInvalidTextFromWhatTheCipherRefuses) {
+  const auto error = [](const std::string& ciphertext) {
+    return RelayCrypto::open({1, "", ciphertext}, secret).error();
+  };
+  EXPECT_EQ(error("no base64"), SealingError(RelayCryptoError::invalidCiphertext));
+  EXPECT_EQ(description(error("no base64")), "The ciphertext is not valid.");
+  for (const std::size_t size : {std::size_t{0}, std::size_t{27}, std::size_t{28}, std::size_t{40}}) {
+    const SealingError refused = error(base64Encoded(Bytes(size, 0)));
+    const Bytes box(size, 0);
+    EXPECT_EQ(refused, SealingError(aesGcmOpened(RelayCrypto::key(secret), box).error())) << size;
+    EXPECT_EQ(description(refused), std::get<CryptoError>(refused).description);
   }
 }
 
