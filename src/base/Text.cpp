@@ -30,8 +30,15 @@ void forEachCodePoint(std::string_view text, Visit visit) {
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
+constexpr UChar32 endOfAscii = 0x80;
+
 bool isWhiteSpace(UChar32 codePoint) {
-  return codePoint >= 0 && u_isUWhiteSpace(codePoint) != 0;
+  if (codePoint < endOfAscii) return codePoint == ' ' || (codePoint >= '\t' && codePoint <= '\r');
+  return u_isUWhiteSpace(codePoint) != 0;
+}
+
+bool isAscii(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < endOfAscii; });
 }
 
 }  // namespace
@@ -79,6 +86,13 @@ std::string withCollapsedWhiteSpace(std::string_view text) {
 }
 
 std::string lowercased(std::string_view text) {
+  if (isAscii(text)) {
+    std::string result(text);
+    for (char& c : result) {
+      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return result;
+  }
   const std::string repaired = repairedUtf8(text);
   std::string result;
   icu::StringByteSink<std::string> sink(&result, static_cast<std::int32_t>(repaired.size()));
@@ -88,7 +102,20 @@ std::string lowercased(std::string_view text) {
 }
 
 std::string normalizedText(std::string_view text) {
-  return lowercased(withCollapsedWhiteSpace(trimmed(text)));
+  // Trims and collapses at once: every window of every scan passes here.
+  std::string result;
+  result.reserve(text.size());
+  bool followsSpace = false;
+  forEachCodePoint(text, [&](UChar32 codePoint, std::string_view piece) {
+    if (isWhiteSpace(codePoint)) {
+      followsSpace = !result.empty();
+      return;
+    }
+    if (followsSpace) result += ' ';
+    followsSpace = false;
+    result += codePoint >= 0 ? piece : replacementCharacter;
+  });
+  return lowercased(result);
 }
 
 std::string joined(const std::vector<std::string>& parts, std::string_view separator) {

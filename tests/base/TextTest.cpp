@@ -102,6 +102,27 @@ TEST(Text, normalizesForComparison) {
   EXPECT_EQ(normalizedText("\u3000"), "");
 }
 
+TEST(Text, normalizesAsTrimmingCollapsingAndLoweringDo) {
+  std::vector<std::string> pieces = whiteSpaces();
+  pieces.insert(pieces.end(), illFormedTexts().begin(), illFormedTexts().end());
+  pieces.insert(pieces.end(), {"", "Ä", "Σ", "ΟΔΟΣ", "\u0130", "\u200B", "’", "😀"});
+  for (int byte = 0; byte < 256; ++byte)
+    pieces.emplace_back(1, static_cast<char>(byte));
+  for (const std::string& piece : pieces) {
+    for (const std::string& text :
+         {piece, piece + piece, "A" + piece + "Z", piece + " A " + piece + "\n" + piece + "Z"})
+      EXPECT_EQ(normalizedText(text), lowercased(withCollapsedWhiteSpace(trimmed(text))))
+          << testing::PrintToString(text);
+  }
+}
+
+TEST(Text, lowersEveryAsciiCharacterAlikeInEitherCompany) {
+  for (int byte = 0; byte < 128; ++byte) {
+    const std::string text(1, static_cast<char>(byte));
+    EXPECT_EQ(lowercased(text) + "é", lowercased(text + "é")) << byte;
+  }
+}
+
 TEST(Text, joinsWithSeparatorsBetweenOnly) {
   EXPECT_EQ(joined({}, ","), "");
   EXPECT_EQ(joined({"a"}, ","), "a");
