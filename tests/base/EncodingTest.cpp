@@ -48,6 +48,42 @@ TEST(Encoding, readsBackEveryByte) {
   }
 }
 
+const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+TEST(Encoding, writesEverySextetAtEveryPlaceOfALongText) {
+  for (std::size_t shift = 0; shift < 4 * alphabet.size(); ++shift) {
+    std::string text;
+    for (std::size_t i = 0; i < 256; ++i)
+      text += alphabet[(i * 7 + shift) % alphabet.size()];
+    Bytes bytes;
+    for (std::size_t i = 0; i < text.size(); i += 4) {
+      std::size_t group = 0;
+      for (std::size_t j = 0; j < 4; ++j)
+        group = group * 64 + alphabet.find(text[i + j]);
+      for (const unsigned place : {16U, 8U, 0U})
+        bytes.push_back(static_cast<std::uint8_t>(group >> place));
+    }
+    EXPECT_EQ(base64Encoded(bytes), text);
+    EXPECT_EQ(base64Decoded(text), bytes);
+  }
+}
+
+TEST(Encoding, refusesAForeignCharacterAtEveryPlaceOfALongText) {
+  const std::string text = alphabet + alphabet;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    for (int byte = 0; byte < 256; ++byte) {
+      std::string altered = text;
+      altered[at] = static_cast<char>(byte);
+      const auto decoded = base64Decoded(altered);
+      const bool isPadded = at + 1 == text.size() && byte == '=';  // right only if no bits are left, as here they are
+      ASSERT_EQ(decoded.has_value(), !isPadded && alphabet.find(altered[at]) != std::string::npos) << at << " " << byte;
+      if (decoded) {
+        ASSERT_EQ(base64Encoded(*decoded), altered);
+      }
+    }
+  }
+}
+
 TEST(Encoding, refusesWhatIsNotStrictBase64) {
   const std::vector<std::string> refused = {
       "Zg",        // padding missing
