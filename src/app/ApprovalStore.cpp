@@ -31,17 +31,19 @@ void ApprovalStore::replace(const std::vector<PendingApproval>& approvals) {
 
     std::unordered_set<Uuid> seen;
     for (const PendingApproval& scanned : approvals) {
-      const Uuid fingerprint = scanned.id;
-      const auto known = entry(approvalIDByFingerprint_, fingerprint);
-      const Uuid approvalID = known ? *known : Uuid::random();
-      PendingApproval record = scanned;
-      record.id = approvalID;
-      if (const auto existing = approvalsByID_.find(approvalID); existing != approvalsByID_.end()) {
-        record.detectedAt = existing->second.detectedAt;
+      const auto [mapping, isNewDialog] = approvalIDByFingerprint_.try_emplace(scanned.id);
+      if (isNewDialog) {
+        mapping->second = Uuid::random();
+        fingerprintByApprovalID_.emplace(mapping->second, scanned.id);
       }
-      approvalIDByFingerprint_[fingerprint] = approvalID;
-      fingerprintByApprovalID_[approvalID] = fingerprint;
-      approvalsByID_.insert_or_assign(approvalID, std::move(record));
+      const Uuid approvalID = mapping->second;
+      const auto [stored, isNewApproval] = approvalsByID_.try_emplace(approvalID, scanned);
+      if (!isNewApproval) {
+        const Date firstDetected = stored->second.detectedAt;
+        stored->second = scanned;
+        stored->second.detectedAt = firstDetected;
+      }
+      stored->second.id = approvalID;
       lastSeenByID_[approvalID] = now;
       retainedIdentityExpiresAtByApprovalID_.erase(approvalID);
       seen.insert(approvalID);
