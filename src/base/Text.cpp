@@ -49,6 +49,18 @@ bool isValidUtf8(std::string_view text) {
   return valid;
 }
 
+std::string utf8Encoded(std::uint32_t codePoint) {
+  constexpr std::uint32_t lastCodePoint = 0x10FFFF;
+  if (codePoint > lastCodePoint || (codePoint >= 0xD800 && codePoint < 0xE000))
+    return std::string(replacementCharacter);
+  const auto byte = [](std::uint32_t value) { return static_cast<char>(value); };
+  const auto more = [&](std::uint32_t shift) { return byte(0x80U | ((codePoint >> shift) & 0x3FU)); };
+  if (codePoint < 0x80) return {byte(codePoint)};
+  if (codePoint < 0x800) return {byte(0xC0U | (codePoint >> 6U)), more(0)};
+  if (codePoint < 0x10000) return {byte(0xE0U | (codePoint >> 12U)), more(6), more(0)};
+  return {byte(0xF0U | (codePoint >> 18U)), more(12), more(6), more(0)};
+}
+
 std::string repairedUtf8(std::string_view text) {
   std::string result;
   result.reserve(text.size());

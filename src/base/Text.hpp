@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,8 @@ namespace tallyfox {
 /// Unicode-aware helpers over UTF-8 text. Ill-formed bytes are read as U+FFFD, never rejected, never out of bounds.
 
 [[nodiscard]] bool isValidUtf8(std::string_view text);
+/// One code point; U+FFFD for what is none.
+[[nodiscard]] std::string utf8Encoded(std::uint32_t codePoint);
 /// The text itself when well-formed, else with every ill-formed sequence replaced by U+FFFD.
 [[nodiscard]] std::string repairedUtf8(std::string_view text);
 /// Without Unicode white space and line breaks at both ends.

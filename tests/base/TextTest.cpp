@@ -56,6 +56,17 @@ TEST(Text, repairsOnlyWhatIsIllFormed) {
   }
 }
 
+TEST(Text, encodesEveryCodePointAndNothingElse) {
+  for (std::uint32_t codePoint = 0; codePoint < 0x110010; ++codePoint) {
+    const std::string text = utf8Encoded(codePoint);
+    ASSERT_TRUE(isValidUtf8(text)) << codePoint;
+    const bool isNone = (codePoint >= 0xD800 && codePoint < 0xE000) || codePoint > 0x10FFFF;
+    ASSERT_EQ(text == replacement, isNone || codePoint == 0xFFFD) << codePoint;
+  }
+  EXPECT_EQ(utf8Encoded('A') + utf8Encoded(0xFC) + utf8Encoded(0x2019) + utf8Encoded(0x1F600), "Aü’😀");
+  EXPECT_EQ(utf8Encoded(0), std::string(1, '\0'));
+}
+
 TEST(Text, trimsEveryUnicodeWhiteSpaceAtBothEnds) {
   for (const std::string& space : whiteSpaces())
     EXPECT_EQ(trimmed(space + "a" + space + "b" + space), "a" + space + "b") << testing::PrintToString(space);

@@ -4,18 +4,17 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <plist/plist.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <thread>
 
+#include "base/Limits.hpp"
 #include "platform/TemporaryFolder.hpp"
 #include "platform/linux/FileDescriptor.hpp"
 #include "platform/linux/FlockInstanceLock.hpp"
 #include "platform/linux/InstalledBundle.hpp"
 #include "platform/linux/NetworkAddress.hpp"
-#include "platform/linux/PropertyListFile.hpp"
 #include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/UserDirectories.hpp"
 #include "platform/memory/MemoryServices.hpp"
@@ -159,29 +158,22 @@ TEST(InstalledBundle, findsResourcesInTheTreeElseBesideTheExecutable) {
   EXPECT_FALSE(InstalledBundle(executable.string(), "/h").propertyList("../../bin/RelayConfig").has_value());
 }
 
+TEST(InstalledBundle, refusesAListBeyondTheLimitOfStoredFiles) {
+  const TemporaryFolder folder;
+  const auto executable = folder / "prefix/bin/tallyfox";
+  writeFile(executable, "");
+  const auto file = folder / "prefix/bin/RelayConfig.plist";
+  writeFile(file, "<plist><dict/></plist>");
+  const auto read = [&] { return InstalledBundle(executable.string(), "/h").propertyList("RelayConfig").value(); };
+  EXPECT_TRUE(read().has_value());
+  fs::resize_file(file, limits::storedFileBytes + 1);
+  const auto refused = read();
+  ASSERT_FALSE(refused.has_value());
+  EXPECT_NE(refused.error(), "The file is not a property list.") << "it is not even read";
+}
+
 TEST(InstalledBundle, knowsTheRunningExecutable) {
   EXPECT_EQ(fs::path(InstalledBundle::runningExecutable()).filename(), "test_platform");
-}
-
-TEST(PropertyListFile, readsTheBinaryForm) {
-  plist_t dictionary = ::plist_new_dict();
-  ::plist_dict_set_item(dictionary, "relayURL", ::plist_new_string("wss://r.example"));
-  ::plist_dict_set_item(dictionary, "number", ::plist_new_uint(7));
-  char* bytes = nullptr;
-  std::uint32_t size = 0;
-  ::plist_to_bin(dictionary, &bytes, &size);
-  const auto members = decodedPropertyList(bytesOf({bytes, size}));
-  std::free(bytes);
-  ::plist_free(dictionary);
-  ASSERT_TRUE(members.has_value());
-  EXPECT_EQ(*members, (std::map<std::string, std::string>{{"relayURL", "wss://r.example"}}));
-}
-
-TEST(PropertyListFile, saysWhatIsNoDictionary) {
-  EXPECT_EQ(decodedPropertyList(bytesOf("<plist version=\"1.0\"><array/></plist>")),
-            std::unexpected("The property list is not a dictionary."));
-  for (const std::string text : {"", "text", "bplist00", "<plist", "{\"a\":1}"})
-    EXPECT_EQ(decodedPropertyList(bytesOf(text)), std::unexpected("The file is not a property list.")) << text;
 }
 
 TEST(NetworkAddress, takesHostPortAndTargetFromTheUrl) {
