@@ -1,5 +1,6 @@
 #include "app/NotificationPauseStore.hpp"
 
+#include <optional>
 #include <variant>
 
 namespace tallyfox {

@@ -1,18 +1,10 @@
 #pragma once
 
-#include <optional>
-
 #include "base/Queue.hpp"
+#include "model/NotificationPauseSnapshot.hpp"
 #include "platform/UserDefaults.hpp"
 
 namespace tallyfox {
-
-struct NotificationPauseSnapshot {
-  std::optional<Date> pausedUntil;
-  bool pausesIndefinitely = false;
-  bool operator==(const NotificationPauseSnapshot&) const = default;
-  [[nodiscard]] bool isPaused() const { return pausesIndefinitely || pausedUntil.has_value(); }
-};
 
 /// Whether the owner has paused alerts, kept in the user defaults. Main thread.
 class NotificationPauseStore {
