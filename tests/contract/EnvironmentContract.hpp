@@ -1,18 +1,21 @@
 #pragma once
 
-/// What every environment keeps to: exact names, and an empty value that is a value.
+/// What every environment keeps to: exact names, an empty value that is a value, and a time zone that can be
+/// reckoned with.
 ///
 /// A backend joins with INSTANTIATE_TYPED_TEST_SUITE_P(Name, EnvironmentContract, TheBackend), where TheBackend is
 /// default-constructible and has
 ///   Environment& environment();
 ///   void set(const std::string& name, const std::string& value);   undone when the backend goes
 ///   void unset(const std::string& name);
+///   void setTimeZone(const std::string& identifier);   likewise
 
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 
+#include "base/ZonedCalendar.hpp"
 #include "platform/Environment.hpp"
 
 namespace tallyfox::contract {
@@ -46,7 +49,20 @@ TYPED_TEST_P(EnvironmentContract, tellsUpperFromLowerCase) {
   EXPECT_EQ(this->backend.environment().value("tallyfox_contract"), std::nullopt);
 }
 
+TYPED_TEST_P(EnvironmentContract, namesItsTimeZoneOrGivesItsOffset) {
+  const std::string identifier = this->backend.environment().timeZoneIdentifier();
+  EXPECT_TRUE(ZonedCalendar::hasTimeZone(identifier) || identifier.starts_with("GMT")) << identifier;
+}
+
+TYPED_TEST_P(EnvironmentContract, noticesAnotherTimeZone) {
+  for (const std::string zone : {"Europe/Berlin", "America/New_York"}) {
+    this->backend.setTimeZone(zone);
+    EXPECT_EQ(this->backend.environment().timeZoneIdentifier(), zone);
+  }
+}
+
 REGISTER_TYPED_TEST_SUITE_P(EnvironmentContract, hasNoValueForANameNotSet, givesTheValueAsItIs,
-                            takesAnEmptyValueForAValue, tellsUpperFromLowerCase);
+                            takesAnEmptyValueForAValue, tellsUpperFromLowerCase, namesItsTimeZoneOrGivesItsOffset,
+                            noticesAnotherTimeZone);
 
 }  // namespace tallyfox::contract

@@ -56,6 +56,7 @@ class MemoryEnvironmentBackend {
   void unset(const std::string& name) { environment_.unset(name); }
 
  private:
+  void setTimeZone(const std::string& identifier) { environment_.setTimeZone(identifier); }
   memory::MemoryEnvironment environment_;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, EnvironmentContract, MemoryEnvironmentBackend);

@@ -40,11 +40,15 @@ class MemoryEnvironment : public Environment {
   std::optional<std::string> value(const std::string& name) override;
   void set(const std::string& name, const std::string& value) { values_[name] = value; }
   void unset(const std::string& name) { values_.erase(name); }
+  std::string timeZoneIdentifier() override { return timeZone_; }
+  /// "Etc/UTC" until set.
+  void setTimeZone(const std::string& identifier) { timeZone_ = identifier; }
 
  private:
   std::map<std::string, std::string> values_;
 };
 
+  std::string timeZone_ = "Etc/UTC";
 class MemoryUserDefaults : public UserDefaults {
  public:
   std::optional<DefaultsValue> object(const std::string& key) override;

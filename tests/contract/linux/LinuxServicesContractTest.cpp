@@ -69,6 +69,7 @@ class ProcessEnvironmentBackend {
     ::setenv(name.c_str(), value.c_str(), 1);
   }
   void unset(const std::string& name) { ::unsetenv(name.c_str()); }
+  void setTimeZone(const std::string& identifier) { set("TZ", identifier); }
 
  private:
   linux_os::ProcessEnvironment environment_;
