@@ -1,11 +1,15 @@
 #include "app/NotificationPauseStore.hpp"
 
+#include <chrono>
 #include <optional>
 #include <variant>
 
 namespace tallyfox {
 namespace {
 
+using namespace std::chrono_literals;
+
+constexpr int morningHour = 9;
 constexpr const char* untilKey = "tallyfox.notifications-paused-until";
 constexpr const char* indefinitelyKey = "tallyfox.notifications-paused-indefinitely";
 
@@ -26,9 +30,27 @@ NotificationPauseSnapshot NotificationPauseStore::snapshot() {
   return result;
 }
 
+void NotificationPauseStore::pause(NotificationPauseOption option, const Calendar& calendar) {
+  switch (option) {
+    case NotificationPauseOption::twoHours:
+      return pause(2h, clock_.now());
+    case NotificationPauseOption::fourHours:
+      return pause(4h, clock_.now());
+    case NotificationPauseOption::untilTomorrow:
+      return pauseUntilTomorrow(clock_.now(), calendar);
+    case NotificationPauseOption::indefinitely:
+      return pauseIndefinitely();
+  }
+}
+
 void NotificationPauseStore::pause(Seconds interval, Date from) {
-  defaults_.setObject(untilKey, from + std::chrono::duration_cast<Date::duration>(interval));
-  defaults_.setObject(indefinitelyKey, false);
+  pauseUntil(from + std::chrono::duration_cast<Date::duration>(interval));
+}
+
+void NotificationPauseStore::pauseUntilTomorrow(Date from, const Calendar& calendar) {
+  const Date tomorrow = calendar.addingDays(from, 1).value_or(from + 24h);
+  const Date start = calendar.startOfDay(tomorrow);
+  pauseUntil(calendar.settingHour(morningHour, start).value_or(start + std::chrono::hours(morningHour)));
 }
 
 void NotificationPauseStore::pauseIndefinitely() {
@@ -38,6 +60,11 @@ void NotificationPauseStore::pauseIndefinitely() {
 
 void NotificationPauseStore::resume() {
   defaults_.removeObject(untilKey);
+  defaults_.setObject(indefinitelyKey, false);
+}
+
+void NotificationPauseStore::pauseUntil(Date end) {
+  defaults_.setObject(untilKey, end);
   defaults_.setObject(indefinitelyKey, false);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/Calendar.hpp"
 #include "base/Queue.hpp"
+#include "model/NotificationPauseOption.hpp"
 #include "model/NotificationPauseSnapshot.hpp"
 #include "platform/UserDefaults.hpp"
 
@@ -12,11 +14,16 @@ class NotificationPauseStore {
   NotificationPauseStore(UserDefaults& defaults, Clock& clock) : defaults_(defaults), clock_(clock) {}
   /// Forgets a pause whose time has passed.
   [[nodiscard]] NotificationPauseSnapshot snapshot();
+  /// From now on; `calendar` is the owner's, as it is now.
+  void pause(NotificationPauseOption option, const Calendar& calendar);
   void pause(Seconds interval, Date from);
+  /// Until the clock shows nine on the morning of the next calendar day, whatever the clocks do in between.
+  void pauseUntilTomorrow(Date from, const Calendar& calendar);
   void pauseIndefinitely();
   void resume();
 
  private:
+  void pauseUntil(Date end);
   void pruneExpiredPause(Date now);
 
   UserDefaults& defaults_;
