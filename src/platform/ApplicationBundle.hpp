@@ -14,6 +14,9 @@ class ApplicationBundle {
   virtual ~ApplicationBundle() = default;
   /// "com.tallyfox.agent" when run as an installed application, absent for a bare build.
   [[nodiscard]] virtual std::optional<std::string> bundleIdentifier() = 0;
+  /// Whether this is an application that the system knows as such (macOS: the path ends in ".app"; Linux: an installed
+  /// tree with a desktop entry), not a bare executable.
+  [[nodiscard]] virtual bool isApplicationBundle() = 0;
   /// Where the application lies, symbolic links resolved.
   [[nodiscard]] virtual std::string path() = 0;
   /// The folders that count as "the Applications folder", in order, without trailing "/".

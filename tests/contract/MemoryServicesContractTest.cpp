@@ -4,6 +4,8 @@
 #include "contract/EnvironmentContract.hpp"
 #include "contract/InstanceLockContract.hpp"
 #include "contract/KeychainContract.hpp"
+#include "contract/LoginItemServiceContract.hpp"
+#include "contract/SettingsOpenerContract.hpp"
 #include "contract/UserDefaultsContract.hpp"
 #include "platform/memory/MemoryServices.hpp"
 
@@ -54,9 +56,9 @@ class MemoryEnvironmentBackend {
   Environment& environment() { return environment_; }
   void set(const std::string& name, const std::string& value) { environment_.set(name, value); }
   void unset(const std::string& name) { environment_.unset(name); }
+  void setTimeZone(const std::string& identifier) { environment_.setTimeZone(identifier); }
 
  private:
-  void setTimeZone(const std::string& identifier) { environment_.setTimeZone(identifier); }
   memory::MemoryEnvironment environment_;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, EnvironmentContract, MemoryEnvironmentBackend);
@@ -75,6 +77,31 @@ class MemoryBundleBackend {
   memory::MemoryBundle bundle_;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, ApplicationBundleContract, MemoryBundleBackend);
+
+template <LoginItemServiceStatus afterRegistration>
+class MemoryLoginItemBackend {
+ public:
+  MemoryLoginItemBackend() { service_.afterRegistration = afterRegistration; }
+  LoginItemService& service() { return service_; }
+  void refuseRegistration() { service_.registrationError = "The operation is not permitted."; }
+
+ private:
+  memory::MemoryLoginItemService service_;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, LoginItemServiceContract,
+                               MemoryLoginItemBackend<LoginItemServiceStatus::enabled>);
+INSTANTIATE_TYPED_TEST_SUITE_P(MemoryWithApproval, LoginItemServiceContract,
+                               MemoryLoginItemBackend<LoginItemServiceStatus::requiresApproval>);
+
+class MemorySettingsBackend {
+ public:
+  SettingsOpener& settings() { return settings_; }
+  [[nodiscard]] std::vector<std::string> opened() const { return settings_.opened(); }
+
+ private:
+  memory::MemorySettingsOpener settings_;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, SettingsOpenerContract, MemorySettingsBackend);
 
 }  // namespace
 }  // namespace tallyfox::contract

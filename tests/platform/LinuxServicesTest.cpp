@@ -127,8 +127,10 @@ TEST(InstalledBundle, knowsAnInstalledTreeByItsDesktopEntry) {
   const auto executable = folder / "prefix/bin/tallyfox";
   writeFile(executable, "");
   EXPECT_EQ(InstalledBundle(executable.string(), "/home/owner").bundleIdentifier(), std::nullopt);
+  EXPECT_FALSE(InstalledBundle(executable.string(), "/home/owner").isApplicationBundle());
   writeFile(folder / "prefix/share/applications/com.tallyfox.agent.desktop", "[Desktop Entry]\n");
   EXPECT_EQ(InstalledBundle(executable.string(), "/home/owner").bundleIdentifier(), "com.tallyfox.agent");
+  EXPECT_TRUE(InstalledBundle(executable.string(), "/home/owner").isApplicationBundle());
 }
 
 TEST(InstalledBundle, resolvesLinksToItsExecutable) {

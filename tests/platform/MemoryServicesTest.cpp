@@ -75,6 +75,32 @@ TEST(MemoryNotifications, answersAsPlannedAndKeepsWhatWasDelivered) {
   EXPECT_EQ(notifications.delivered(), (std::vector<UserNotification>{{"id", "title", "body"}}));
 }
 
+TEST(MemoryBundle, followsItsLinksAndKnowsAnApplicationByItsEnding) {
+  MemoryBundle bundle;
+  EXPECT_EQ(bundle.path(), "/Applications/Tallyfox.app");
+  EXPECT_TRUE(bundle.isApplicationBundle());
+  bundle.links["/Applications/Tallyfox.app"] = "/build/tallyfox";
+  EXPECT_EQ(bundle.path(), "/build/tallyfox");
+  EXPECT_FALSE(bundle.isApplicationBundle());
+}
+
+TEST(MemoryLoginItemService, playsEveryStatusAndCountsEveryAttempt) {
+  MemoryLoginItemService service;
+  for (const auto status :
+       {LoginItemServiceStatus::notRegistered, LoginItemServiceStatus::enabled,
+        LoginItemServiceStatus::requiresApproval, LoginItemServiceStatus::notFound, LoginItemServiceStatus::unknown}) {
+    service.current = status;
+    EXPECT_EQ(service.status(), status);
+  }
+  service.registrationError = "not permitted";
+  EXPECT_EQ(service.registerItem(), (std::expected<void, std::string>(std::unexpected("not permitted"))));
+  service.registrationError.reset();
+  service.afterRegistration = LoginItemServiceStatus::notFound;
+  EXPECT_TRUE(service.registerItem().has_value());
+  EXPECT_EQ(service.status(), LoginItemServiceStatus::notFound);
+  EXPECT_EQ(service.registrations, 2);
+}
+
 TEST(MemoryConsole, keepsTheLinesUntilCleared) {
   MemoryConsole console;
   console.printLine("one");

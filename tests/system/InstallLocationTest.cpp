@@ -37,8 +37,20 @@ TEST(InstallLocation, doesNotCountAFolderThatOnlyBeginsAlike) {
 }
 
 TEST(InstallLocation, judgesALinkedCopyByWhereItReallyLies) {
-  // The bundle gives its path with links resolved: what /Applications/Tallyfox.app points to.
-  EXPECT_FALSE(countsAsInstalled("/Users/owner/Downloads/Tallyfox.app"));
+  memory::MemoryBundle bundle;
+  bundle.location = "/Applications/Tallyfox.app";
+  EXPECT_TRUE(isRunningFromApplications(bundle));
+  bundle.links["/Applications/Tallyfox.app"] = "/Users/owner/Downloads/Tallyfox.app";
+  EXPECT_FALSE(isRunningFromApplications(bundle));
+  bundle.location = "/Users/owner/Desktop/Tallyfox";
+  bundle.links["/Users/owner/Desktop/Tallyfox"] = "/Applications/Tallyfox.app";
+  EXPECT_TRUE(isRunningFromApplications(bundle));
+}
+
+TEST(InstallLocation, doesNotCountOtherFoldersThatHoldOne) {
+  EXPECT_FALSE(countsAsInstalled("/Users/owner/Backup/Applications/Tallyfox.app"));
+  EXPECT_FALSE(countsAsInstalled("/Users/other/Applications/Tallyfox.app"));
+  EXPECT_FALSE(countsAsInstalled("/applications/Tallyfox.app"));
 }
 
 TEST(InstallLocation, countsNothingWithoutApplicationsFolders) {

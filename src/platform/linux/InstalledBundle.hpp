@@ -18,6 +18,7 @@ class InstalledBundle : public ApplicationBundle {
   [[nodiscard]] static std::string runningExecutable();
 
   std::optional<std::string> bundleIdentifier() override;
+  bool isApplicationBundle() override { return isInstalled_; }
   /// The executable.
   std::string path() override;
   /// /usr, /opt and ~/.local.

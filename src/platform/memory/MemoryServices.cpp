@@ -1,5 +1,7 @@
 #include "platform/memory/MemoryServices.hpp"
 
+#include <filesystem>
+
 namespace tallyfox::memory {
 
 void MemoryConsole::printLine(std::string_view line) {
@@ -26,6 +28,15 @@ void MemoryUserDefaults::setObject(const std::string& key, const DefaultsValue& 
 void MemoryUserDefaults::removeObject(const std::string& key) {
   values_.erase(key);
   writes_.emplace_back(key, std::nullopt);
+}
+
+bool MemoryBundle::isApplicationBundle() {
+  return std::filesystem::path(path()).extension() == ".app";
+}
+
+std::string MemoryBundle::path() {
+  const auto link = links.find(location);
+  return link == links.end() ? location : link->second;
 }
 
 std::optional<std::expected<std::map<std::string, std::string>, std::string>> MemoryBundle::propertyList(
@@ -66,6 +77,13 @@ bool MemoryInstanceLock::isHeld(const std::string& fileName) const {
 void MemoryNotifications::requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) {
   ++authorizationRequests;
   completion(authorization);
+}
+
+std::expected<void, std::string> MemoryLoginItemService::registerItem() {
+  ++registrations;
+  if (registrationError) return std::unexpected(*registrationError);
+  current = afterRegistration;
+  return {};
 }
 
 }  // namespace tallyfox::memory

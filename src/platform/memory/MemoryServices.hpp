@@ -18,6 +18,8 @@
 #include "platform/HttpClient.hpp"
 #include "platform/InstanceLock.hpp"
 #include "platform/Keychain.hpp"
+#include "platform/LoginItemService.hpp"
+#include "platform/SettingsOpener.hpp"
 #include "platform/UserDefaults.hpp"
 #include "platform/UserNotifications.hpp"
 #include "platform/WebSocketTransport.hpp"
@@ -38,17 +40,17 @@ class MemoryConsole : public Console {
 class MemoryEnvironment : public Environment {
  public:
   std::optional<std::string> value(const std::string& name) override;
-  void set(const std::string& name, const std::string& value) { values_[name] = value; }
-  void unset(const std::string& name) { values_.erase(name); }
   std::string timeZoneIdentifier() override { return timeZone_; }
   /// "Etc/UTC" until set.
   void setTimeZone(const std::string& identifier) { timeZone_ = identifier; }
+  void set(const std::string& name, const std::string& value) { values_[name] = value; }
+  void unset(const std::string& name) { values_.erase(name); }
 
  private:
   std::map<std::string, std::string> values_;
+  std::string timeZone_ = "Etc/UTC";
 };
 
-  std::string timeZone_ = "Etc/UTC";
 class MemoryUserDefaults : public UserDefaults {
  public:
   std::optional<DefaultsValue> object(const std::string& key) override;
@@ -97,13 +99,16 @@ class MemoryKeychain : public Keychain {
 class MemoryBundle : public ApplicationBundle {
  public:
   std::optional<std::string> bundleIdentifier() override { return identifier; }
-  std::string path() override { return location; }
+  /// By the ending of the path.
+  bool isApplicationBundle() override;
+  std::string path() override;
   std::vector<std::string> applicationDirectories() override { return directories; }
   std::optional<std::expected<std::map<std::string, std::string>, std::string>> propertyList(
       const std::string& name) override;
 
   std::optional<std::string> identifier = "com.tallyfox.agent";
   std::string location = "/Applications/Tallyfox.app";
+  std::map<std::string, std::string> links;  ///< locations that are symbolic links, and what they point to
   std::vector<std::string> directories = {"/Applications", "/home/owner/Applications"};
   std::map<std::string, std::expected<std::map<std::string, std::string>, std::string>> resources;
 };
@@ -131,6 +136,28 @@ class MemoryNotifications : public UserNotifications {
 
  private:
   std::vector<UserNotification> delivered_;
+};
+
+/// Answers and registers as planned.
+class MemoryLoginItemService : public LoginItemService {
+ public:
+  LoginItemServiceStatus status() override { return current; }
+  std::expected<void, std::string> registerItem() override;
+
+  LoginItemServiceStatus current = LoginItemServiceStatus::notRegistered;
+  LoginItemServiceStatus afterRegistration = LoginItemServiceStatus::enabled;
+  std::optional<std::string> registrationError;
+  int registrations = 0;  ///< attempts, failed ones included
+};
+
+/// Keeps the addresses.
+class MemorySettingsOpener : public SettingsOpener {
+ public:
+  void open(const std::string& address) override { opened_.push_back(address); }
+  [[nodiscard]] const std::vector<std::string>& opened() const { return opened_; }
+
+ private:
+  std::vector<std::string> opened_;
 };
 
 /// The network: sockets and requests stay where the test can see, answer, drop or refuse them. Completions run as tasks
