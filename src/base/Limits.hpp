@@ -18,6 +18,10 @@ inline constexpr std::size_t jsonMembers = 1024;
 /// Configuration and preference files beyond this are not ours: they hold a few hundred bytes.
 inline constexpr std::size_t storedFileBytes = 1U * 1024U * 1024U;
 
+/// Pixels along a side of one module of a pairing code: the largest code has 185 modules a side with its margin, so an
+/// image stays below 36 MB.
+inline constexpr int qrModulePixels = 32;
+
 /// Ancestors walked to find a window; deeper nesting has not been seen in any toolkit's dialogs.
 inline constexpr int windowAncestors = 20;
 /// Ancestors walked from a hit-tested element to its button: a button's own decoration is at most a few deep.

@@ -56,6 +56,8 @@ TEST(LayoutRules, refuseAToolkitOutsideABackend) {
               ElementsAre("app/A.cpp: may not include <xcb/xcb.h>"));
   EXPECT_THAT(brokenIncludePermits({parsedSource("relay/A.cpp", "#include <openssl/evp.h>\n")}),
               ElementsAre("relay/A.cpp: may not include <openssl/evp.h>"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("ui/A.cpp", "#include <qrcodegen/qrcodegen.hpp>\n")}),
+              ElementsAre("ui/A.cpp: may not include <qrcodegen/qrcodegen.hpp>"));
 }
 
 TEST(LayoutRules, letABackendsMainSeeTheAgentButNoOtherBackend) {

@@ -54,6 +54,7 @@ bool isBackend(const std::string& room) {
 bool isPortableSystemInclude(const std::string& room, const std::string& header) {
   if (header.starts_with("nlohmann/") || header.starts_with("fmt/")) return true;
   if (room == "base" && (header.starts_with("openssl/") || header.starts_with("unicode/"))) return true;
+  if (room == "pairing" && header.starts_with("qrcodegen/")) return true;
   return header.find('/') == std::string::npos && !header.ends_with(".h");
 }
 
