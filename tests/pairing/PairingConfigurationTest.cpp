@@ -282,6 +282,20 @@ TEST_F(PairingConfigurationTest, hasNoPayloadWithoutARelay) {
 
 TEST_F(PairingConfigurationTest, forgetsTheIdentityEverywhereOnRotation) {
   keychain.put(item(true), copyOfBytes("x"));
+TEST_F(PairingConfigurationTest, worksThePayloadOutOnceUntilTheIdentityRotates) {
+  setEnvironment("wss://relay.example.com", "seed");
+  const auto first = pairing.payload();
+  setEnvironment("wss://other.example.com", "seed");
+  EXPECT_EQ(pairing.payload(), first);
+  pairing.rotateInstallationIdentity();
+  EXPECT_EQ(pairing.payload()->backendURL, "https://other.example.com");
+}
+
+TEST_F(PairingConfigurationTest, hasNoPayloadForAnAddressThatLeadsNowhere) {
+  setEnvironment("wss://relay.example.com:bad", "seed");
+  EXPECT_EQ(pairing.payload(), std::nullopt);
+}
+
   keychain.put(item(false), copyOfBytes("x"));
   for (const char* key :
        {secret_keys::installationSecrets, secret_keys::perInstallPairingID, secret_keys::perInstallE2eSecret}) {
