@@ -52,10 +52,14 @@ std::optional<RelayLaunchConfiguration> PairingConfiguration::bundledConfigurati
   return unlessEmpty(std::move(configuration));
 }
 
+std::optional<RelayLaunchConfiguration> PairingConfiguration::configuredLaunch() const {
+  auto configuration = environmentConfiguration();
+  return configuration ? configuration : bundledConfiguration();
+}
+
 std::optional<RelayLaunchConfiguration> PairingConfiguration::launchConfiguration() {
   if (auto cached = cache_.launchConfiguration()) return cached;
-  auto configuration = environmentConfiguration();
-  if (!configuration) configuration = bundledConfiguration();
+  auto configuration = configuredLaunch();
   if (!configuration) return std::nullopt;
   const auto secrets = installationSecrets(configuration->pairingID);
   if (!secrets) return std::nullopt;
@@ -64,8 +68,8 @@ std::optional<RelayLaunchConfiguration> PairingConfiguration::launchConfiguratio
   return configuration;
 }
 
-bool PairingConfiguration::isRelayConfigured() {
-  const auto configuration = launchConfiguration();
+bool PairingConfiguration::isRelayConfigured() const {
+  const auto configuration = configuredLaunch();
   if (!configuration) return false;
   const auto base = backendBaseURL(configuration->relayURL);
   return base && Url::parsed(*base).has_value();

@@ -54,8 +54,9 @@ class PairingConfiguration {
   [[nodiscard]] std::optional<RelayLaunchConfiguration> environmentConfiguration() const;
   [[nodiscard]] std::optional<RelayLaunchConfiguration> bundledConfiguration() const;
   [[nodiscard]] std::optional<RelayLaunchConfiguration> launchConfiguration();
-  /// Whether there is an effective configuration whose address leads to an HTTP base address.
-  [[nodiscard]] bool isRelayConfigured();
+  /// Whether the environment, else the resource, names a relay whose address leads to an HTTP base address. Asks for no
+  /// credentials: a locked keychain does not make the relay unconfigured.
+  [[nodiscard]] bool isRelayConfigured() const;
   [[nodiscard]] std::optional<InstallationSecrets> installationSecrets(const std::optional<std::string>& seed);
   [[nodiscard]] std::optional<PairingPayload> payload();
   [[nodiscard]] std::optional<std::string> cachedCredentialError() const { return cache_.credentialError(); }
@@ -63,6 +64,8 @@ class PairingConfiguration {
   void rotateInstallationIdentity();
 
  private:
+  /// As configured: the pairing id is only a seed.
+  [[nodiscard]] std::optional<RelayLaunchConfiguration> configuredLaunch() const;
   [[nodiscard]] bool storeInKeychain(ByteView data);
 
   Dependencies dependencies_;

@@ -254,6 +254,12 @@ TEST_F(PairingConfigurationTest, saysWhetherTheRelayIsConfigured) {
   EXPECT_TRUE(pairing.isRelayConfigured());
 }
 
+TEST_F(PairingConfigurationTest, asksForNoCredentialsToSayWhetherTheRelayIsConfigured) {
+  setResource(Members{{"relayURL", "wss://relay.example.com"}, {"pairingID", "seed"}});
+  EXPECT_TRUE(pairing.isRelayConfigured());
+  EXPECT_THAT(keychain.calls(), IsEmpty());
+}
+
 TEST_F(PairingConfigurationTest, buildsThePayloadFromAddressAndSecrets) {
   setEnvironment("wss://relay.example.com:8443/socket?x=1", "seed");
   const auto payload = pairing.payload();
@@ -276,12 +282,6 @@ TEST_F(PairingConfigurationTest, givesTheSamePayloadUntilTheIdentityRotates) {
   EXPECT_NE(second->e2eSecret, first->e2eSecret);
 }
 
-TEST_F(PairingConfigurationTest, hasNoPayloadWithoutARelay) {
-  EXPECT_EQ(pairing.payload(), std::nullopt);
-}
-
-TEST_F(PairingConfigurationTest, forgetsTheIdentityEverywhereOnRotation) {
-  keychain.put(item(true), copyOfBytes("x"));
 TEST_F(PairingConfigurationTest, worksThePayloadOutOnceUntilTheIdentityRotates) {
   setEnvironment("wss://relay.example.com", "seed");
   const auto first = pairing.payload();
@@ -296,6 +296,12 @@ TEST_F(PairingConfigurationTest, hasNoPayloadForAnAddressThatLeadsNowhere) {
   EXPECT_EQ(pairing.payload(), std::nullopt);
 }
 
+TEST_F(PairingConfigurationTest, hasNoPayloadWithoutARelay) {
+  EXPECT_EQ(pairing.payload(), std::nullopt);
+}
+
+TEST_F(PairingConfigurationTest, forgetsTheIdentityEverywhereOnRotation) {
+  keychain.put(item(true), copyOfBytes("x"));
   keychain.put(item(false), copyOfBytes("x"));
   for (const char* key :
        {secret_keys::installationSecrets, secret_keys::perInstallPairingID, secret_keys::perInstallE2eSecret}) {
