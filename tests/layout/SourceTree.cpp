@@ -53,7 +53,8 @@ bool isBackend(const std::string& room) {
 /// Libraries that portable rooms may include by <...>; whatever else has a "/" or ends in ".h" is an OS or a toolkit.
 bool isPortableSystemInclude(const std::string& room, const std::string& header) {
   if (header.starts_with("nlohmann/") || header.starts_with("fmt/")) return true;
-  if (room == "base" && (header.starts_with("openssl/") || header.starts_with("unicode/"))) return true;
+  if (room == "base" && (header.starts_with("openssl/") || header.starts_with("unicode/") || header == "immintrin.h"))
+    return true;
   if (room == "pairing" && header.starts_with("qrcodegen/")) return true;
   return header.find('/') == std::string::npos && !header.ends_with(".h");
 }

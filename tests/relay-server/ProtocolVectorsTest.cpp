@@ -38,7 +38,7 @@ EncryptedRelayPayload payloadIn(const Json& value) {
 
 std::string openedText(const EncryptedRelayPayload& payload, const std::string& secret) {
   const auto opened = RelayCrypto::open(payload, secret);
-  return opened ? std::string(textOf(*opened)) : "does not open: " + opened.error().description;
+  return opened ? std::string(textOf(*opened)) : "does not open: " + description(opened.error());
 }
 
 TEST(ProtocolVectors, keysAreDerivedFromTheTrimmedSecret) {
