@@ -30,7 +30,7 @@ void replaceKnown(benchmark::State& state) {
     store.replace(scanned);
   state.SetComplexityN(state.range(0));
 }
-BENCHMARK(replaceKnown)->Arg(10)->Arg(100)->Arg(1'000)->Arg(10'000)->Complexity();
+BENCHMARK(replaceKnown)->Arg(10)->Arg(100)->Arg(1'000)->Complexity(benchmark::oN);
 
 void replaceAll(benchmark::State& state) {
   SetClock clock;
@@ -44,7 +44,7 @@ void replaceAll(benchmark::State& state) {
   }
   state.SetComplexityN(state.range(0));
 }
-BENCHMARK(replaceAll)->Arg(10)->Arg(100)->Arg(1'000)->Arg(10'000)->Complexity();
+BENCHMARK(replaceAll)->Arg(10)->Arg(100)->Arg(1'000)->Complexity(benchmark::oN);
 
 void listAll(benchmark::State& state) {
   SetClock clock;

@@ -58,6 +58,8 @@ TEST(LayoutRules, refuseAToolkitOutsideABackend) {
               ElementsAre("relay/A.cpp: may not include <openssl/evp.h>"));
   EXPECT_THAT(brokenIncludePermits({parsedSource("ui/A.cpp", "#include <qrcodegen/qrcodegen.hpp>\n")}),
               ElementsAre("ui/A.cpp: may not include <qrcodegen/qrcodegen.hpp>"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("detection/A.cpp", "#include <immintrin.h>\n")}),
+              ElementsAre("detection/A.cpp: may not include <immintrin.h>"));
 }
 
 TEST(LayoutRules, letABackendsMainSeeTheAgentButNoOtherBackend) {

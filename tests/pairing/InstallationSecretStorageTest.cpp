@@ -39,7 +39,7 @@ class InstallationSecretStorageTest : public testing::Test {
               if (losesWrites) return true;
               item = Bytes(data.begin(), data.end());
               if (alterWrites) item->push_back(' ');
-              return true;
+              return !deniesWrites;
             }};
     return storage.loadOrCreate(seed);
   }
@@ -52,6 +52,7 @@ class InstallationSecretStorageTest : public testing::Test {
   KeychainStatus readBackFailure = 0;
   bool alterWrites = false;
   bool losesWrites = false;
+  bool deniesWrites = false;  ///< although they happen
   int writes = 0;
 };
 
@@ -167,6 +168,11 @@ TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatCouldNotBeSaved) {
   EXPECT_EQ(description(loaded.error()),
             "Pairing credentials could not be saved to Keychain. Unlock the login keychain and reopen Tallyfox.");
   EXPECT_TRUE(hasPreference(secret_keys::installationSecrets));
+}
+
+TEST_F(InstallationSecretStorageTest, doesNotUseSecretsWhoseSavingIsSaidToHaveFailed) {
+  deniesWrites = true;
+  EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::unableToSave)));
 }
 
 TEST_F(InstallationSecretStorageTest, doesNotUseSecretsThatReadBackDifferently) {

@@ -54,6 +54,7 @@ TEST(PairingID, hasTheDefaultPrefixWithoutASeed) {
 
 TEST(PairingID, takesTheSeedBeforeItsFirstHyphen) {
   EXPECT_THAT(pairingIDFor("Office Mac-42"), MatchesRegex("office-mac-[0-9a-f]{32}"));
+  EXPECT_THAT(pairingIDFor("Studio-Mac-42"), MatchesRegex("studio-[0-9a-f]{32}"));
   EXPECT_THAT(pairingIDFor("  studio\n"), MatchesRegex("studio-[0-9a-f]{32}"));
   EXPECT_THAT(pairingIDFor("my_mac"), MatchesRegex("my_mac-[0-9a-f]{32}"));
   EXPECT_THAT(pairingIDFor("_.Desk!-1"), MatchesRegex("desk-[0-9a-f]{32}"));
