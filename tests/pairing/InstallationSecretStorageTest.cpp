@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/IllFormedJson.hpp"
 #include "platform/memory/MemoryServices.hpp"
 
 namespace tallyfox {
@@ -77,6 +78,16 @@ TEST_F(InstallationSecretStorageTest, refusesAnUnreadableOrUnusableItemWithoutOv
     ASSERT_EQ(loaded, std::unexpected(SecretsError(StorageError::invalidStoredSecrets))) << text;
     EXPECT_EQ(description(loaded.error()), "Stored pairing credentials could not be read.");
     EXPECT_EQ(item, copyOfBytes(text));
+  }
+  EXPECT_EQ(writes, 0);
+}
+
+TEST_F(InstallationSecretStorageTest, refusesEveryIllFormedItemWithoutOverwritingIt) {
+  const std::string good(textOf(encoded(known)));
+  for (const auto& [name, text] : illFormedJson(good)) {
+    item = copyOfBytes(text);
+    EXPECT_EQ(load(), std::unexpected(SecretsError(StorageError::invalidStoredSecrets))) << name;
+    EXPECT_EQ(item, copyOfBytes(text)) << name;
   }
   EXPECT_EQ(writes, 0);
 }

@@ -9,6 +9,7 @@
 #include <limits>
 #include <thread>
 
+#include "base/IllFormedJson.hpp"
 #include "base/Limits.hpp"
 #include "platform/TemporaryFolder.hpp"
 #include "platform/linux/DefaultsEncoding.hpp"
@@ -80,6 +81,23 @@ TEST_F(FileUserDefaultsTest, startsEmptyFromAFileThatIsBrokenAndKeepsItAside) {
     EXPECT_EQ(open()->object("new"), DefaultsValue(2.0));
     EXPECT_THAT(console.lines(), IsEmpty());
   }
+}
+
+TEST_F(FileUserDefaultsTest, startsEmptyFromEveryIllFormedFile) {
+  for (const auto& [name, content] : illFormedJson(R"({"key":{"type":"strings","value":["a","ü"]}})")) {
+    console.clear();
+    writeFile(file(), content);
+    EXPECT_EQ(open()->object("key"), std::nullopt) << name;
+    EXPECT_THAT(console.lines(), ElementsAre(StartsWith("Unable to read preferences: "))) << name;
+  }
+}
+
+TEST_F(FileUserDefaultsTest, refusesStoredDataThatIsNoStrictBase64) {
+  for (const std::string data : {"Zg", "Zg=", "Zh==", "Zg==\\n", "-_-_", "Zg==Zg=="}) {
+    writeFile(file(), R"({"key":{"type":"data","value":")" + data + "\"}}");
+    EXPECT_EQ(open()->object("key"), std::nullopt) << data;
+  }
+  EXPECT_EQ(console.lines().size(), 6U);
 }
 
 TEST_F(FileUserDefaultsTest, treatsAFileThatIsTooLargeOrNoFileAsBroken) {

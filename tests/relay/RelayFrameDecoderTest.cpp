@@ -7,6 +7,8 @@
 #include <string>
 #include <variant>
 
+#include "base/Encoding.hpp"
+#include "base/IllFormedJson.hpp"
 #include "base/Limits.hpp"
 
 namespace tallyfox {
@@ -74,6 +76,48 @@ TEST(RelayFrameDecoder, failsForAPayloadThatDoesNotOpenOrHoldsNoCommand) {
   EXPECT_FALSE(openedRequest({"d", sealed("no json"), std::nullopt}, secret).has_value());
   EXPECT_FALSE(openedRequest({"d", sealed("{}"), std::nullopt}, secret).has_value());
   EXPECT_FALSE(openedSuppression({"approval.suppress", "d", sealed(good), std::nullopt}, secret).has_value());
+}
+
+TEST(RelayFrameDecoder, failsForEveryIllFormedFrame) {
+  const std::string good = jsonText(ApprovalRequestRelayMessage{"d", sealed("{}"), std::nullopt}.json());
+  ASSERT_TRUE(decoded(good).has_value());
+  for (const auto& [name, text] : illFormedJson(good))
+    EXPECT_FALSE(decoded(text).has_value()) << name;
+}
+
+TEST(RelayFrameDecoder, failsForEveryIllFormedCommandInsideAGoodSeal) {
+  const std::string request = jsonText(ApprovalRequestCommand{id, "OK"}.json());
+  const std::string suppression = jsonText(ApprovalSuppressionCommand{"suppress", id, id}.json());
+  for (const auto& [name, text] : illFormedJson(request))
+    EXPECT_FALSE(openedRequest({"d", sealed(text), std::nullopt}, secret).has_value()) << name;
+  for (const auto& [name, text] : illFormedJson(suppression))
+    EXPECT_FALSE(openedSuppression({"approval.suppress", "d", sealed(text), std::nullopt}, secret).has_value()) << name;
+}
+
+TEST(RelayFrameDecoder, failsForWrongBase64AndShortBoxes) {
+  const std::string good = sealed(jsonText(ApprovalRequestCommand{id, "OK"}.json())).ciphertext;
+  ASSERT_TRUE(openedRequest({"d", {1, "", good}, std::nullopt}, secret).has_value());
+  for (std::size_t size = 0; size < good.size(); ++size)
+    EXPECT_FALSE(openedRequest({"d", {1, "", good.substr(0, size)}, std::nullopt}, secret).has_value()) << size;
+  for (const std::string& wrong : {good + "\n", " " + good, good + "=", good + "AAAA", "-_" + good.substr(2)})
+    EXPECT_FALSE(openedRequest({"d", {1, "", wrong}, std::nullopt}, secret).has_value()) << wrong;
+  for (std::size_t size = 0; size < aesGcmNonceBytes + aesGcmTagBytes; ++size) {
+    const EncryptedRelayPayload box{1, "", base64Encoded(Bytes(size, 0))};
+    EXPECT_FALSE(openedRequest({"d", box, std::nullopt}, secret).has_value()) << size;
+  }
+}
+
+TEST(RelayFrameDecoder, countsTheLastOfTwoTypes) {
+  EXPECT_TRUE(holds<UnknownRelayFrame>(decoded(R"({"type":"phone.status","type":"relay.welcome"})")));
+  EXPECT_TRUE(holds<PhoneStatusRelayMessage>(
+      decoded(R"({"type":1,"phoneConnected":false,"phoneCount":0,"type":"phone.status"})")));
+}
+
+TEST(RelayFrameDecoder, readsEscapedNulsAndSurrogatePairs) {
+  const auto command = openedRequest(
+      {"d", sealed(R"({"approvalID":")" + id.text() + R"(","buttonLabel":"a\u0000\ud83d\ude00"})"), {}}, secret);
+  ASSERT_TRUE(command.has_value());
+  EXPECT_EQ(command->buttonLabel, std::string("a\0", 2) + "😀");
 }
 
 }  // namespace
