@@ -34,6 +34,9 @@ TEST(Layout, hasNoTwoRoomsThatIncludeEachOther) {
 TEST(Layout, leavesSystemClockSleepAndEnvironmentToTheBackends) {
   EXPECT_THAT(platformLeaks(product()), IsEmpty());
 }
+TEST(Layout, readsAndWritesInNoProcessLocale) {
+  EXPECT_THAT(localeLeaks(product()), IsEmpty());
+}
 TEST(Layout, keepsTheSeamSmallAndUnconditional) {
   EXPECT_THAT(brokenSeamRules(product()), IsEmpty());
 }
@@ -89,6 +92,17 @@ TEST(LayoutRules, findPlatformLeaks) {
   EXPECT_THAT(platformLeaks({parsedSource("app/A.cpp", "// getenv is for backends\nauto s = \"getenv\";\n")}),
               IsEmpty());
   EXPECT_THAT(platformLeaks({parsedSource("platform/linux/A.cpp", "getenv(\"HOME\");\n")}), IsEmpty());
+}
+
+TEST(LayoutRules, findLocaleLeaks) {
+  for (const std::string code :
+       {"auto n = std::strtod(text, &end);", "int n = std::stoi(text);", "sscanf(t, \"%f\", &x);",
+        "std::snprintf(b, 9, \"%f\", x);", "if (std::isspace(c)) return;", "c = tolower(c);",
+        "std::setlocale(LC_ALL, \"\");", "stream.imbue(std::locale(\"\"));"})
+    EXPECT_THAT(localeLeaks({parsedSource("app/A.cpp", code + "\n")}), ElementsAre(HasSubstr("locale"))) << code;
+  EXPECT_THAT(
+      localeLeaks({parsedSource("app/A.cpp", "std::from_chars(a, b, x);  // unlike strtod\nparsed.isDigit();\n")}),
+      IsEmpty());
 }
 
 TEST(LayoutRules, countTheOperationsOfAnInterface) {

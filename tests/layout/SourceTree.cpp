@@ -203,8 +203,41 @@ std::vector<std::string> roomCircles(const std::vector<SourceFile>& files) {
   return circles(graph);
 }
 
+namespace {
+
+using Pattern = std::pair<std::regex, std::string>;
+
+/// Every line of a file's code that matches, as "path:line: what".
+void findLines(const SourceFile& file, const std::vector<Pattern>& patterns, std::vector<std::string>& found) {
+  std::istringstream lines(file.code);
+  int number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    ++number;
+    for (const auto& [pattern, what] : patterns)
+      if (std::regex_search(line, pattern)) found.push_back(file.path + ":" + std::to_string(number) + ": " + what);
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> localeLeaks(const std::vector<SourceFile>& files) {
+  static const std::vector<Pattern> leaks = {
+      {std::regex(R"(\b(strto(d|f|ld|l|ll|ul|ull)|ato(f|i|l|ll)|sto(d|f|ld|i|l|ll|ul|ull)|v?s?scanf|v?sn?printf)\b)"),
+       "a number in the process locale"},
+      {std::regex(
+           R"(\b(is(alpha|alnum|digit|space|upper|lower|punct|xdigit)|to(upper|lower)|str(case|n?case)cmp)\s*\()"),
+       "a character in the process locale"},
+      {std::regex(R"(\b(strftime|strptime|put_time|get_time|strcoll|setlocale|localeconv)\b|std::locale\b)"),
+       "the process locale"},
+  };
+  std::vector<std::string> found;
+  for (const auto& file : files)
+    findLines(file, leaks, found);
+  return found;
+}
+
 std::vector<std::string> platformLeaks(const std::vector<SourceFile>& files) {
-  static const std::vector<std::pair<std::regex, std::string>> leaks = {
+  static const std::vector<Pattern> leaks = {
       {std::regex(
            R"(#\s*(if|ifdef|ifndef|elif)\b.*(__APPLE__|__linux__|__linux\b|_WIN32|__unix__|__MACH__|TARGET_OS_))"),
        "an operating-system conditional"},
@@ -218,13 +251,7 @@ std::vector<std::string> platformLeaks(const std::vector<SourceFile>& files) {
   for (const auto& file : files) {
     const std::string room = roomOf(file.path);
     if (isBackend(room) && room != "platform/memory") continue;
-    std::istringstream lines(file.code);
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-      ++number;
-      for (const auto& [pattern, what] : leaks)
-        if (std::regex_search(line, pattern)) found.push_back(file.path + ":" + std::to_string(number) + ": " + what);
-    }
+    findLines(file, leaks, found);
   }
   return found;
 }

@@ -22,6 +22,8 @@ struct SourceFile {
 [[nodiscard]] std::vector<std::string> brokenIncludePermits(const std::vector<SourceFile>& files);
 [[nodiscard]] std::vector<std::string> includeCircles(const std::vector<SourceFile>& files);
 [[nodiscard]] std::vector<std::string> roomCircles(const std::vector<SourceFile>& files);
+/// Functions whose result depends on the locale that a toolkit may have set.
+[[nodiscard]] std::vector<std::string> localeLeaks(const std::vector<SourceFile>& files);
 [[nodiscard]] std::vector<std::string> platformLeaks(const std::vector<SourceFile>& files);
 [[nodiscard]] std::vector<std::string> brokenSeamRules(const std::vector<SourceFile>& files);
 
