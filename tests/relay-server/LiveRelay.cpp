@@ -18,7 +18,7 @@ namespace asio = boost::asio;
 namespace websocket = boost::beast::websocket;
 
 /// Longer than anything takes that is going to happen at all.
-constexpr std::chrono::seconds patience{60};
+constexpr std::chrono::seconds patience{100};
 
 asio::ip::tcp::endpoint loopback(std::uint16_t port) {
   return {asio::ip::address_v4::loopback(), port};

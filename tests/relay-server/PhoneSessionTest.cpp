@@ -19,7 +19,7 @@ using testing::TestSocket;
 namespace message = testing::message;
 
 /// Of 1 MiB each, and far more than the kernel keeps for one connection and the tightened queue together.
-constexpr int largeFrames = 24;
+constexpr int largeFrames = 12;
 
 RelayLimits tightLimits() {
   RelayLimits limits;
