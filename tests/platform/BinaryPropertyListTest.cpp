@@ -23,7 +23,7 @@ const auto malformed = std::unexpected(PropertyListFault::malformed);
 std::string bigEndian(std::uint64_t value, std::size_t bytes) {
   std::string text;
   while (bytes-- > 0)
-    text += static_cast<char>(value >> (8 * bytes) & 0xFFU);
+    text += static_cast<char>(bytes < sizeof value ? value >> (8 * bytes) & 0xFFU : 0U);
   return text;
 }
 

@@ -183,12 +183,13 @@ TEST_F(PhoneSessionTest, slowPhoneIsCutAndTheOthersGoOn) {
   TestPhone slow = phone("D1");
   EXPECT_EQ(slow.next(), message::welcome(true));
   EXPECT_THAT(mac->next(), HasSubstr(R"("phoneConnected":true)"));
-  // Far more than the queue and the buffers of both sockets hold. The last frame shows that all were dealt with.
+  // Far more than the queue and the buffers of both sockets hold.
   const std::string large = message::result("R1", std::string(1024U * 1024U, 'x'));
   for (int count = 0; count < largeFrames; ++count)
     mac->send(large);
-  mac->send(message::unpair("D1"));
   EXPECT_THAT(mac->next(), HasSubstr(R"("phoneConnected":false)"));
+  // The answer to a last frame shows that all were dealt with.
+  mac->send(message::unpair("D1"));
   EXPECT_THAT(mac->next(), HasSubstr(R"("phoneCount":0)"));
   TestPhone other = phone("D2");
   EXPECT_EQ(other.next(), message::welcome(true));
@@ -206,6 +207,7 @@ TEST_F(PhoneSessionTest, slowPhoneIsCutAndTheOthersGoOn) {
 TEST_F(PhoneSessionTest, phoneThatReadsLateIsClosedWith4008) {
   RelayLimits limits = tightLimits();
   limits.closeTime = std::chrono::minutes(10);
+  limits.idleTime = std::chrono::minutes(10);
   const TemporaryDirectory otherDirectory;
   LiveRelay patient(otherDirectory.path(), limits);
   ASSERT_EQ(registered(patient.port(), "P1", "token").status, 204U);
