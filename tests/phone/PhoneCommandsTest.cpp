@@ -46,7 +46,7 @@ TEST_F(PairCommandTest, saysHelloAndKeepsThePairingThatTheRelayAccepts) {
   EXPECT_EQ(hello.at("platform"), "cli");
   welcome();
   EXPECT_EQ(exitStatus, 0);
-  EXPECT_EQ(store.load().value()->deviceID, hello.at("deviceID"));
+  EXPECT_EQ(store.load().value()->deviceID, hello.at("deviceID").get<std::string>());
   EXPECT_THAT(lines.lines(), ElementsAre("Paired as \"Desk\" through relay.example."));
 }
 
