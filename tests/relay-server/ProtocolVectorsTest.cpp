@@ -43,7 +43,8 @@ std::string openedText(const EncryptedRelayPayload& payload, const std::string& 
 
 TEST(ProtocolVectors, keysAreDerivedFromTheTrimmedSecret) {
   for (const Json& each : cases("keys")) {
-    EXPECT_EQ(hexEncoded(RelayCrypto::key(each.at("secret").get<std::string>())), each.at("keyHex")) << each;
+    EXPECT_EQ(hexEncoded(RelayCrypto::key(each.at("secret").get<std::string>())), each.at("keyHex").get<std::string>())
+        << each;
   }
 }
 
