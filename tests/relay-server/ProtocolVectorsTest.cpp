@@ -57,7 +57,7 @@ TEST(ProtocolVectors, sealedPayloadsOpenAndAreSealedAlike) {
 
     const Bytes nonceBytes = base64Decoded(payload.nonce).value();
     ASSERT_EQ(nonceBytes.size(), aesGcmNonceBytes);
-    EXPECT_EQ(hexEncoded(nonceBytes), each.at("nonceHex"));
+    EXPECT_EQ(hexEncoded(nonceBytes), each.at("nonceHex").get<std::string>());
     AesGcmNonce nonce{};
     std::ranges::copy(nonceBytes, nonce.begin());
     EXPECT_EQ(base64Encoded(aesGcmSealed(RelayCrypto::key(secret), nonce, bytesOf(plaintext)).value()),
@@ -74,7 +74,8 @@ TEST(ProtocolVectors, spoiledPayloadsDoNotOpen) {
 
 TEST(ProtocolVectors, nonceMemberIsIgnoredWhenOpening) {
   const Json& vector = vectors().at("payloadWithOtherNonceMember");
-  EXPECT_EQ(openedText(payloadIn(vector.at("payload")), vector.at("secret")), vector.at("plaintext"));
+  EXPECT_EQ(openedText(payloadIn(vector.at("payload")), vector.at("secret")),
+            vector.at("plaintext").get<std::string>());
 }
 
 TEST(ProtocolVectors, snapshotDigestsFollowIdsAndLabels) {
@@ -86,8 +87,9 @@ TEST(ProtocolVectors, snapshotDigestsFollowIdsAndLabels) {
       for (const Json& label : approval.at("buttons"))
         added.buttons.push_back({.label = label, .role = "AXButton"});
     }
-    EXPECT_EQ(RelayCrypto::snapshotID(approvals), each.at("snapshotDigest"));
-    EXPECT_EQ(hexEncoded(sha256(bytesOf(each.at("digestInput").get<std::string>()))), each.at("snapshotDigest"));
+    EXPECT_EQ(RelayCrypto::snapshotID(approvals), each.at("snapshotDigest").get<std::string>());
+    EXPECT_EQ(hexEncoded(sha256(bytesOf(each.at("digestInput").get<std::string>()))),
+              each.at("snapshotDigest").get<std::string>());
   }
 }
 
