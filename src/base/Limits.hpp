@@ -15,8 +15,11 @@ inline constexpr std::size_t httpHeadBytes = 16U * 1024U;
 inline constexpr std::size_t jsonDepth = 64;
 /// Members of one JSON object that is read: our records have at most 16, and members are looked up one by one.
 inline constexpr std::size_t jsonMembers = 1024;
-/// Configuration and preference files beyond this are not ours: they hold a few hundred bytes.
+/// Configuration and key files beyond this are not ours: they hold a few hundred bytes.
 inline constexpr std::size_t storedFileBytes = 1U * 1024U * 1024U;
+/// The preferences, which grow with every dialog that is muted: 40 bytes each, so that a million of them fit. More is
+/// neither written nor read.
+inline constexpr std::size_t preferencesBytes = 64U * 1024U * 1024U;
 
 /// Pixels along a side of one module of a pairing code: the largest code has 185 modules a side with its margin, so an
 /// image stays below 36 MB.

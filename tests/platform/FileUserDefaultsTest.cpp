@@ -11,6 +11,7 @@
 
 #include "base/IllFormedJson.hpp"
 #include "base/Limits.hpp"
+#include "base/Uuid.hpp"
 #include "platform/TemporaryFolder.hpp"
 #include "platform/linux/DefaultsEncoding.hpp"
 #include "platform/memory/MemoryServices.hpp"
@@ -102,7 +103,7 @@ TEST_F(FileUserDefaultsTest, refusesStoredDataThatIsNoStrictBase64) {
 
 TEST_F(FileUserDefaultsTest, treatsAFileThatIsTooLargeOrNoFileAsBroken) {
   writeFile(file(), "{}");
-  fs::resize_file(file(), limits::storedFileBytes + 1);
+  fs::resize_file(file(), limits::preferencesBytes + 1);
   open()->setObject("key", true);
   EXPECT_TRUE(fs::exists(broken()));
   fs::remove_all(folder / "config");
@@ -120,6 +121,31 @@ TEST_F(FileUserDefaultsTest, saysOnceThatItCannotWriteAndGoesOn) {
   defaults->setObject("key", 2.0);
   EXPECT_THAT(console.lines(), ElementsAre(StartsWith("Unable to save preferences: ")));
   EXPECT_EQ(defaults->object("key"), DefaultsValue(2.0));
+}
+
+TEST_F(FileUserDefaultsTest, readsBackAHundredThousandMutedDialogs) {
+  std::vector<std::string> muted;
+  for (int number = 0; number < 100'000; ++number) {
+    Uuid id;
+    for (std::size_t byte = 0; byte < 4; ++byte)
+      id.bytes[byte] = static_cast<std::uint8_t>(number >> (8 * byte));
+    muted.push_back(id.text());
+  }
+  open()->setObject("key", muted);
+  EXPECT_GT(fs::file_size(file()), limits::storedFileBytes);
+  EXPECT_EQ(open()->object("key"), DefaultsValue(muted));
+  EXPECT_THAT(console.lines(), IsEmpty());
+}
+
+TEST_F(FileUserDefaultsTest, writesNothingThatItWouldNotReadAgain) {
+  auto defaults = open();
+  defaults->setObject("small", true);
+  defaults->setObject("large", std::string(limits::preferencesBytes, 'x'));
+  EXPECT_THAT(console.lines(), ElementsAre("Unable to save preferences: File too large."));
+  defaults = open();
+  EXPECT_EQ(defaults->object("small"), DefaultsValue(true));
+  EXPECT_EQ(defaults->object("large"), std::nullopt);
+  EXPECT_FALSE(fs::exists(broken()));
 }
 
 TEST_F(FileUserDefaultsTest, takesChangesFromSeveralThreads) {

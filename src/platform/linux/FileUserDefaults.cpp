@@ -1,5 +1,7 @@
 #include "platform/linux/FileUserDefaults.hpp"
 
+#include <cerrno>
+
 #include "base/Limits.hpp"
 #include "platform/linux/DefaultsEncoding.hpp"
 #include "platform/linux/PrivateFiles.hpp"
@@ -30,7 +32,7 @@ void FileUserDefaults::load() {
     isStoredFileBroken_ = true;
   };
   const auto place = folder(configHome_, false);
-  const auto content = place ? place->read(fileName, limits::storedFileBytes, false) : std::unexpected(place.error());
+  const auto content = place ? place->read(fileName, limits::preferencesBytes, false) : std::unexpected(place.error());
   if (!content) {
     if (!content.error().isMissing()) unreadable(content.error().description());
     return;
@@ -71,7 +73,9 @@ void FileUserDefaults::save() {
       if (!kept && !kept.error().isMissing()) return kept;
       isStoredFileBroken_ = false;
     }
-    return place->replace(fileName, bytesOf(jsonText(defaultsJson(values_))));
+    const std::string text = jsonText(defaultsJson(values_));
+    if (text.size() > limits::preferencesBytes) return std::unexpected(FileError{EFBIG});
+    return place->replace(fileName, bytesOf(text));
   }();
   if (saved || hasToldOfFailure_) return;
   hasToldOfFailure_ = true;
