@@ -8,8 +8,10 @@
 #include "contract/EnvironmentContract.hpp"
 #include "contract/InstanceLockContract.hpp"
 #include "contract/KeychainContract.hpp"
+#include "contract/LoginItemServiceContract.hpp"
 #include "contract/UserDefaultsContract.hpp"
 #include "platform/TemporaryFolder.hpp"
+#include "platform/linux/AutostartEntry.hpp"
 #include "platform/linux/FileKeychain.hpp"
 #include "platform/linux/FileUserDefaults.hpp"
 #include "platform/linux/FlockInstanceLock.hpp"
@@ -101,6 +103,21 @@ class InstalledBundleBackend {
   linux_os::InstalledBundle bundle_{(folder_ / "build/tallyfox").string(), folder_.path()};
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, ApplicationBundleContract, InstalledBundleBackend);
+
+class AutostartBackend {
+ public:
+  AutostartBackend() {
+    writeFile(folder_ / "tallyfox", "");
+    std::filesystem::permissions(folder_ / "tallyfox", std::filesystem::perms::owner_all);
+  }
+  LoginItemService& service() { return service_; }
+  void refuseRegistration() { writeFile(folder_ / "config/autostart", "a file where the folder should be"); }
+
+ private:
+  TemporaryFolder folder_;
+  linux_os::AutostartEntry service_{(folder_ / "config").string(), (folder_ / "tallyfox").string()};
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LoginItemServiceContract, AutostartBackend);
 
 }  // namespace
 }  // namespace tallyfox::contract
