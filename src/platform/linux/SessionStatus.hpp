@@ -18,10 +18,13 @@ class SessionStatus {
   [[nodiscard]] std::expected<std::string, std::string> accessibilityBusAddress();
   /// Whether programs are told to open up to assistive ones. Fails with the reason.
   [[nodiscard]] std::expected<bool, std::string> isEnabled();
+  /// Tells them to, for the rest of the session. Fails with the reason.
+  [[nodiscard]] std::expected<void, std::string> enable();
 
  private:
-  [[nodiscard]] std::expected<SdBusMessageHandle, std::string> answer(const char* interface, const char* member,
-                                                                      const char* property);
+  /// A call of the accessibility bus's launcher, ready for its arguments.
+  [[nodiscard]] std::expected<SdBusMessageHandle, std::string> question(const char* interface, const char* member);
+  [[nodiscard]] std::expected<SdBusMessageHandle, std::string> answer(const SdBusMessageHandle& question);
   std::string address_;
   SdBusHandle bus_;
 };
