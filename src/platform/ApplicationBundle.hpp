@@ -17,6 +17,9 @@ class ApplicationBundle {
   /// Whether this is an application that the system knows as such (macOS: the path ends in ".app"; Linux: an installed
   /// tree with a desktop entry), not a bare executable.
   [[nodiscard]] virtual bool isApplicationBundle() = 0;
+  /// A text of the application's information dictionary; absent for values of other types and where there is no such
+  /// dictionary.
+  [[nodiscard]] virtual std::optional<std::string> informationValue(const std::string& key) = 0;
   /// Where the application lies, symbolic links resolved.
   [[nodiscard]] virtual std::string path() = 0;
   /// The folders that count as "the Applications folder", in order, without trailing "/".

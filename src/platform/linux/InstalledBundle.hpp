@@ -19,6 +19,8 @@ class InstalledBundle : public ApplicationBundle {
 
   std::optional<std::string> bundleIdentifier() override;
   bool isApplicationBundle() override { return isInstalled_; }
+  /// A desktop entry says nothing of the kind.
+  std::optional<std::string> informationValue(const std::string& /*key*/) override { return std::nullopt; }
   /// The executable.
   std::string path() override;
   /// /usr, /opt and ~/.local.

@@ -34,6 +34,12 @@ bool MemoryBundle::isApplicationBundle() {
   return std::filesystem::path(path()).extension() == ".app";
 }
 
+std::optional<std::string> MemoryBundle::informationValue(const std::string& key) {
+  const auto found = information.find(key);
+  if (found == information.end()) return std::nullopt;
+  return found->second;
+}
+
 std::string MemoryBundle::path() {
   const auto link = links.find(location);
   return link == links.end() ? location : link->second;
@@ -84,6 +90,40 @@ std::expected<void, std::string> MemoryLoginItemService::registerItem() {
   if (registrationError) return std::unexpected(*registrationError);
   current = afterRegistration;
   return {};
+}
+
+class MemoryUpdater::Running : public RunningUpdater {
+ public:
+  Running(int& checks, std::shared_ptr<UpdaterDelegate*> delegate) : checks_(checks), delegate_(std::move(delegate)) {}
+  ~Running() override { *delegate_ = nullptr; }
+  void checkForUpdates() override { ++checks_; }
+
+ private:
+  int& checks_;
+  std::shared_ptr<UpdaterDelegate*> delegate_;
+};
+
+std::unique_ptr<RunningUpdater> MemoryUpdater::start(UpdaterDelegate& delegate) {
+  ++starts;
+  *delegate_ = &delegate;
+  return std::make_unique<Running>(checks, delegate_);
+}
+
+void MemoryUpdater::findScheduledUpdate(const UpdateItem& update) {
+  UpdaterDelegate* const delegate = *delegate_;
+  if (delegate == nullptr) return;
+  const bool isShownHere = !delegate->supportsGentleScheduledUpdateReminders() ||
+                           delegate->shouldHandleShowingScheduledUpdate(update, false);
+  delegate->willHandleShowingUpdate(isShownHere, update);
+  if (isShownHere) windows.push_back(update);
+}
+
+void MemoryUpdater::attend(const UpdateItem& update) {
+  if (*delegate_ != nullptr) (*delegate_)->didReceiveUserAttention(update);
+}
+
+void MemoryUpdater::finishSession() {
+  if (*delegate_ != nullptr) (*delegate_)->willFinishUpdateSession();
 }
 
 }  // namespace tallyfox::memory

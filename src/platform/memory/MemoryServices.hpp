@@ -20,6 +20,7 @@
 #include "platform/Keychain.hpp"
 #include "platform/LoginItemService.hpp"
 #include "platform/SettingsOpener.hpp"
+#include "platform/Updater.hpp"
 #include "platform/UserDefaults.hpp"
 #include "platform/UserNotifications.hpp"
 #include "platform/WebSocketTransport.hpp"
@@ -101,6 +102,7 @@ class MemoryBundle : public ApplicationBundle {
   std::optional<std::string> bundleIdentifier() override { return identifier; }
   /// By the ending of the path.
   bool isApplicationBundle() override;
+  std::optional<std::string> informationValue(const std::string& key) override;
   std::string path() override;
   std::vector<std::string> applicationDirectories() override { return directories; }
   std::optional<std::expected<std::map<std::string, std::string>, std::string>> propertyList(
@@ -111,6 +113,7 @@ class MemoryBundle : public ApplicationBundle {
   std::map<std::string, std::string> links;  ///< locations that are symbolic links, and what they point to
   std::vector<std::string> directories = {"/Applications", "/home/owner/Applications"};
   std::map<std::string, std::expected<std::map<std::string, std::string>, std::string>> resources;
+  std::map<std::string, std::string> information;
 };
 
 /// One lock table shared by several agents of a test.
@@ -158,6 +161,25 @@ class MemorySettingsOpener : public SettingsOpener {
 
  private:
   std::vector<std::string> opened_;
+};
+
+/// Does what the test has it find.
+class MemoryUpdater : public Updater {
+ public:
+  std::unique_ptr<RunningUpdater> start(UpdaterDelegate& delegate) override;
+  /// Finds an update without having been asked; shows it or leaves that to the delegate, as the delegate wants.
+  void findScheduledUpdate(const UpdateItem& update);
+  /// The owner turns to the update that was found.
+  void attend(const UpdateItem& update);
+  void finishSession();
+
+  int starts = 0;
+  int checks = 0;                   ///< that were asked for
+  std::vector<UpdateItem> windows;  ///< updates that the updater showed by itself
+
+ private:
+  class Running;
+  std::shared_ptr<UpdaterDelegate*> delegate_ = std::make_shared<UpdaterDelegate*>(nullptr);  ///< null when not running
 };
 
 /// The network: sockets and requests stay where the test can see, answer, drop or refuse them. Completions run as tasks
