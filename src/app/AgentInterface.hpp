@@ -9,6 +9,8 @@ class AgentInterface {
  public:
   virtual ~AgentInterface() = default;
   virtual void configureMenus() = 0;
+  /// Of the menu entry "Check for Updates...", which is disabled until told otherwise.
+  virtual void enableCheckForUpdates(bool enabled) = 0;
   virtual void showStatusWindow() = 0;
   virtual void refreshStatusWindow() = 0;
   /// The number beside the menu-bar icon.

@@ -31,12 +31,16 @@ void AgentLifecycle::start() {
     platform.terminateApplication();
     return;
   }
-  dependencies_.interface.configureMenus();
+  configureMenus();
   trustSubscription_ =
       platform.accessibilityObservers.observeTrustChanges(lifetime_.guard([this] { scheduleAccessibilityRechecks(); }));
-  if (isRunningFromApplications(platform.bundle)) dependencies_.relaySession.startRelayIfConfigured();
+  if (isRunningFromApplications(platform.bundle)) {
+    dependencies_.loginItem.registerItem();
+    dependencies_.relaySession.startRelayIfConfigured();
+  }
   accessibilityStatusTimer_ = platform.mainQueue.every(
       accessibilityStatusPeriod, lifetime_.guard([this] { handleAccessibilityStatusChangeIfNeeded(false); }));
+  dependencies_.alertPause.scheduleNotificationPauseResumeTimer();
   requestNotificationPermission();
   dependencies_.interface.showStatusWindow();
   promptDetectionStart_ = platform.mainQueue.after(promptDetectionDelay, lifetime_.guard([this] {
@@ -59,6 +63,12 @@ bool AgentLifecycle::acquireSingleInstanceLock() {
   instanceLock_ = std::move(result.lock);
   // Without a lock file the agent rather runs unlocked than not at all.
   return result.outcome != LockOutcome::heldByAnother;
+}
+
+void AgentLifecycle::configureMenus() {
+  dependencies_.interface.configureMenus();
+  dependencies_.interface.enableCheckForUpdates(dependencies_.updateManager != nullptr);
+  if (dependencies_.updateManager != nullptr) dependencies_.updateManager->start();
 }
 
 void AgentLifecycle::requestNotificationPermission() {
@@ -121,6 +131,7 @@ void AgentLifecycle::stop() {
   safetySweepTimer_.reset();
   dependencies_.relaySession.cancelStartupRetry();
   accessibilityStatusTimer_.reset();
+  dependencies_.alertPause.cancelResumeTimer();
   promptDetectionStart_.reset();
   accessibilityRechecks_.clear();
   trustSubscription_.reset();

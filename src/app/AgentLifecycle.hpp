@@ -7,11 +7,14 @@
 #include "app/AgentConfiguration.hpp"
 #include "app/AgentInterface.hpp"
 #include "app/AgentPlatform.hpp"
+#include "app/AlertPause.hpp"
 #include "app/RelaySession.hpp"
 #include "app/ScanCycle.hpp"
 #include "base/Lifetime.hpp"
 #include "detection/DialogEventMonitor.hpp"
 #include "pairing/PairingConfiguration.hpp"
+#include "system/LoginItemManager.hpp"
+#include "system/UpdateManager.hpp"
 
 namespace tallyfox {
 
@@ -26,6 +29,9 @@ class AgentLifecycle {
     PairingConfiguration& pairing;
     ScanCycle& scanCycle;
     RelaySession& relaySession;
+    AlertPause& alertPause;
+    LoginItemManager& loginItem;
+    UpdateManager* updateManager;  ///< none where updates are not configured
   };
   explicit AgentLifecycle(Dependencies dependencies);
   ~AgentLifecycle();
@@ -42,6 +48,7 @@ class AgentLifecycle {
 
  private:
   void terminateOtherAgents();
+  void configureMenus();
   [[nodiscard]] bool acquireSingleInstanceLock();
   void requestNotificationPermission();
   void startPromptDetection();

@@ -15,7 +15,10 @@
 #include "platform/HttpClient.hpp"
 #include "platform/InstanceLock.hpp"
 #include "platform/Keychain.hpp"
+#include "platform/LoginItemService.hpp"
+#include "platform/SettingsOpener.hpp"
 #include "platform/SyntheticInput.hpp"
+#include "platform/Updater.hpp"
 #include "platform/UserDefaults.hpp"
 #include "platform/UserNotifications.hpp"
 #include "platform/WebSocketTransport.hpp"
@@ -45,6 +48,9 @@ struct AgentPlatform {
   ApplicationBundle& bundle;
   InstanceLock& instanceLock;
   UserNotifications& notifications;
+  LoginItemService& loginItemService;
+  SettingsOpener& settings;
+  Updater* updater = nullptr;  ///< none where something else keeps programs up to date
   /// Ends the event loop; leads to AppDelegate::applicationWillTerminate.
   std::function<void()> terminateApplication;
 };

@@ -6,15 +6,20 @@
 #include "actions/DialogFocusResolver.hpp"
 #include "app/AgentConfiguration.hpp"
 #include "app/AgentLifecycle.hpp"
+#include "app/AlertPause.hpp"
 #include "app/ApprovalStore.hpp"
 #include "app/ApprovalSuppressionStore.hpp"
 #include "app/NotificationPauseStore.hpp"
 #include "app/RelaySession.hpp"
 #include "app/RemoteDecisions.hpp"
 #include "app/ScanCycle.hpp"
+#include "app/StatusReport.hpp"
 #include "detection/DialogDetector.hpp"
 #include "detection/DialogScanWorker.hpp"
 #include "pairing/PairingConfiguration.hpp"
+#include "system/LoginItemManager.hpp"
+#include "system/PermissionManager.hpp"
+#include "system/UpdateManager.hpp"
 
 namespace tallyfox {
 namespace {
@@ -57,6 +62,10 @@ struct AppDelegate::Parts {
   ScanCycle scanCycle;
   RemoteDecisions remoteDecisions;
   RelaySession relaySession;
+  AlertPause alertPause;
+  LoginItemManager loginItem;
+  std::unique_ptr<UpdateManager> updateManager;
+  StatusReport statusReport;
   AgentLifecycle lifecycle;
 };
 
@@ -117,12 +126,32 @@ AppDelegate::Parts::Parts(AgentPlatform givenPlatform, AgentInterface& givenInte
            .scanCycle = scanCycle,
            .interface = interface,
            .decide = [this](const ApprovalRequestEnvelope& envelope) { return remoteDecisions.carryOut(envelope); }}),
+      alertPause({.mainQueue = platform.mainQueue,
+                  .clock = platform.clock,
+                  .environment = platform.environment,
+                  .store = notificationPauseStore,
+                  .scanCycle = scanCycle,
+                  .interface = interface}),
+      loginItem(platform.bundle, platform.loginItemService, platform.settings),
+      updateManager(UpdateManager::makeIfConfigured(platform.bundle, platform.updater,
+                                                    [this] { interface.refreshStatusWindow(); })),
+      statusReport({.accessibility = platform.accessibility,
+                    .bundle = platform.bundle,
+                    .pairing = pairing,
+                    .pauseStore = notificationPauseStore,
+                    .scanCycle = scanCycle,
+                    .relaySession = relaySession,
+                    .loginItem = loginItem,
+                    .updateManager = updateManager.get()}),
       lifecycle({.platform = platform,
                  .interface = interface,
                  .configuration = configuration,
                  .pairing = pairing,
                  .scanCycle = scanCycle,
-                 .relaySession = relaySession}) {}
+                 .relaySession = relaySession,
+                 .alertPause = alertPause,
+                 .loginItem = loginItem,
+                 .updateManager = updateManager.get()}) {}
 
 AppDelegate::AppDelegate(AgentPlatform platform, AgentInterface& interface)
     : parts_(std::make_unique<Parts>(std::move(platform), interface)) {}
@@ -150,8 +179,40 @@ void AppDelegate::showStatusWindow() {
   parts_->interface.showStatusWindow();
 }
 
+MacStatusSnapshot AppDelegate::currentStatusSnapshot() {
+  return parts_->statusReport.currentStatusSnapshot();
+}
+
+void AppDelegate::requestPermissions() {
+  PermissionManager::openPrivacySettings(parts_->platform.settings, PermissionManager::accessibilityAnchor);
+  parts_->lifecycle.scheduleAccessibilityRechecks();
+}
+
+void AppDelegate::enableLoginItem() {
+  // What still stands in the way after this, only the owner can change, in the settings.
+  if (parts_->loginItem.registerItem() != LoginItemStatus(login_item::Enabled{})) parts_->loginItem.openSettings();
+  parts_->interface.refreshStatusWindow();
+}
+
+void AppDelegate::pauseNotifications(NotificationPauseOption option) {
+  parts_->alertPause.pauseNotifications(option);
+}
+
+void AppDelegate::resumeNotifications() {
+  parts_->alertPause.resumeNotifications();
+}
+
 void AppDelegate::unpairPhoneFromStatusWindow() {
   parts_->relaySession.unpairPhoneFromStatusWindow();
+}
+
+bool AppDelegate::pairingResetInProgress() const {
+  return parts_->relaySession.pairingResetInProgress();
+}
+
+void AppDelegate::checkForUpdates() {
+  if (parts_->updateManager) return parts_->updateManager->checkForUpdates();
+  parts_->interface.enableCheckForUpdates(false);
 }
 
 }  // namespace tallyfox

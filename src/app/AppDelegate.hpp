@@ -4,6 +4,8 @@
 
 #include "app/AgentInterface.hpp"
 #include "app/AgentPlatform.hpp"
+#include "model/NotificationPauseOption.hpp"
+#include "ui/MacStatusSnapshot.hpp"
 
 namespace tallyfox {
 
@@ -19,8 +21,19 @@ class AppDelegate {
   bool applicationShouldHandleReopen(bool hasVisibleWindows);
   void applicationWillTerminate();
   void quit();
+
+  // What menus and status window ask for.
   void showStatusWindow();
+  [[nodiscard]] MacStatusSnapshot currentStatusSnapshot();
+  /// Opens the settings where accessibility is allowed, and looks whether it has been.
+  void requestPermissions();
+  void enableLoginItem();
+  void pauseNotifications(NotificationPauseOption option);
+  void resumeNotifications();
   void unpairPhoneFromStatusWindow();
+  [[nodiscard]] bool pairingResetInProgress() const;
+  /// Without configured updates only keeps the menu entry disabled.
+  void checkForUpdates();
 
  private:
   struct Parts;

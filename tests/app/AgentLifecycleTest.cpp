@@ -35,6 +35,13 @@ class AgentLifecycleTest : public AgentCore {
       finishScan(approvals);
   }
 
+  AlertPause alertPause{{.mainQueue = *world.mainQueue,
+                         .clock = world.time.clock(),
+                         .environment = world.environment,
+                         .store = pauseStore,
+                         .scanCycle = scanCycle,
+                         .interface = world.interface}};
+  LoginItemManager loginItem{world.bundle, world.loginItemService, world.settings};
   std::unique_ptr<AgentLifecycle> lifecycle = makeLifecycle();
   std::unique_ptr<AgentLifecycle> makeLifecycle() {
     return std::make_unique<AgentLifecycle>(AgentLifecycle::Dependencies{.platform = platform,
@@ -42,7 +49,10 @@ class AgentLifecycleTest : public AgentCore {
                                                                          .configuration = configuration,
                                                                          .pairing = pairing,
                                                                          .scanCycle = scanCycle,
-                                                                         .relaySession = session});
+                                                                         .relaySession = session,
+                                                                         .alertPause = alertPause,
+                                                                         .loginItem = loginItem,
+                                                                         .updateManager = nullptr});
   }
 };
 
@@ -103,6 +113,31 @@ TEST_F(AgentLifecycleTest, startsNeitherRelayNorDetectionOutsideTheApplicationsF
   EXPECT_THAT(world.network.requests(), IsEmpty());
   EXPECT_EQ(scans, 0);
   EXPECT_THAT(world.interface.calls, ElementsAre("configureMenus", "showStatusWindow"));
+}
+
+TEST_F(AgentLifecycleTest, registersTheLoginItemFromTheApplicationsFolderOnly) {
+  start();
+  EXPECT_EQ(world.loginItemService.registrations, 1);
+  lifecycle->stop();
+  world.bundle.location = "/Users/owner/Downloads/Tallyfox.app";
+  start();
+  EXPECT_EQ(world.loginItemService.registrations, 1);
+}
+
+TEST_F(AgentLifecycleTest, startsAllTheSameWhenTheLoginItemCannotBeRegistered) {
+  world.loginItemService.registrationError = "The operation is not permitted.";
+  start();
+  EXPECT_THAT(world.network.sockets(), SizeIs(1));
+  EXPECT_THAT(world.console.lines(), ElementsAre("Tallyfox relay connected."));
+}
+
+TEST_F(AgentLifecycleTest, endsAPauseThatWasSetBeforeTheStart) {
+  pauseStore.pause(Seconds(60), world.now());
+  start();
+  const int refreshes = world.interface.refreshes;
+  world.time.advance(Seconds(60));
+  EXPECT_GT(world.interface.refreshes, refreshes);
+  EXPECT_FALSE(pauseStore.snapshot().isPaused());
 }
 
 TEST_F(AgentLifecycleTest, startsNoDetectionWithoutARelay) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ namespace tallyfox {
 class RecordingInterface : public AgentInterface {
  public:
   void configureMenus() override { calls.emplace_back("configureMenus"); }
+  void enableCheckForUpdates(bool enabled) override { checkForUpdatesEnabled = enabled; }
   void showStatusWindow() override { calls.emplace_back("showStatusWindow"); }
   void refreshStatusWindow() override { ++refreshes; }
   void showPendingCount(std::int64_t count) override { counts.push_back(count); }
@@ -27,6 +29,7 @@ class RecordingInterface : public AgentInterface {
   std::vector<std::string> calls;
   std::vector<std::int64_t> counts;
   int refreshes = 0;
+  std::optional<bool> checkForUpdatesEnabled;  ///< absent until told
 };
 
 /// Everything that an agent lives in, in memory and on one virtual clock, with a relay configured.
@@ -56,6 +59,9 @@ struct AgentWorld {
             .bundle = bundle,
             .instanceLock = instanceLock,
             .notifications = notifications,
+            .loginItemService = loginItemService,
+            .settings = settings,
+            .updater = &updater,
             .terminateApplication = [this] { ++terminations; }};
   }
   [[nodiscard]] bool printed(const std::string& line) const {
@@ -78,6 +84,9 @@ struct AgentWorld {
   memory::MemoryBundle bundle;
   memory::MemoryInstanceLock instanceLock;
   memory::MemoryNotifications notifications;
+  memory::MemoryLoginItemService loginItemService;
+  memory::MemorySettingsOpener settings;
+  memory::MemoryUpdater updater;
   RecordingInterface interface;
   int terminations = 0;
 };

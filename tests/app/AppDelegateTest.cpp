@@ -49,6 +49,67 @@ TEST_F(AppDelegateTest, unpairsFromTheStatusWindow) {
   EXPECT_NE(phone.secrets().pairingID, before.pairingID);
 }
 
+TEST_F(AppDelegateTest, tellsTheStatusWindowHowItStands) {
+  EXPECT_TRUE(agent.currentStatusSnapshot().relayConfigured);
+  EXPECT_FALSE(agent.currentStatusSnapshot().relayConnected);
+  EXPECT_FALSE(agent.pairingResetInProgress());
+}
+
+TEST_F(AppDelegateTest, opensTheAccessibilitySettingsAndLooksForThePermission) {
+  world.desktop.setTrusted(false);
+  AppDelegate untrusted(world.platform(), world.interface);
+  world.desktop.setTrusted(true);
+  untrusted.requestPermissions();
+  EXPECT_THAT(world.settings.opened(),
+              ElementsAre("x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"));
+  const int refreshes = world.interface.refreshes;
+  world.time.advance(Seconds(0.15));
+  EXPECT_GT(world.interface.refreshes, refreshes) << "granted meanwhile";
+}
+
+TEST_F(AppDelegateTest, enablesTheLoginItem) {
+  agent.enableLoginItem();
+  EXPECT_EQ(world.loginItemService.registrations, 1);
+  EXPECT_EQ(world.interface.refreshes, 1);
+  EXPECT_THAT(world.settings.opened(), SizeIs(0));
+  world.loginItemService.afterRegistration = LoginItemServiceStatus::requiresApproval;
+  agent.enableLoginItem();
+  EXPECT_THAT(world.settings.opened(), ElementsAre("x-apple.systempreferences:com.apple.LoginItems-Settings.extension"))
+      << "what is left only the owner can do";
+}
+
+TEST_F(AppDelegateTest, pausesAndResumesAlerts) {
+  agent.pauseNotifications(NotificationPauseOption::indefinitely);
+  EXPECT_TRUE(agent.currentStatusSnapshot().notificationPause.isPaused());
+  agent.resumeNotifications();
+  EXPECT_FALSE(agent.currentStatusSnapshot().notificationPause.isPaused());
+}
+
+TEST_F(AppDelegateTest, keepsChecksForUpdatesDisabledWithoutUpdates) {
+  agent.applicationDidFinishLaunching();
+  EXPECT_EQ(world.interface.checkForUpdatesEnabled, false);
+  world.interface.checkForUpdatesEnabled.reset();
+  agent.checkForUpdates();
+  EXPECT_EQ(world.interface.checkForUpdatesEnabled, false);
+  EXPECT_EQ(world.updater.starts, 0);
+}
+
+TEST(AppDelegate, looksForUpdatesWhereTheyAreConfigured) {
+  AgentWorld world;
+  world.bundle.information = {{"SUFeedURL", "https://updates.example.com/feed"}, {"SUPublicEDKey", "key"}};
+  AppDelegate agent(world.platform(), world.interface);
+  EXPECT_EQ(world.updater.starts, 0) << "nothing starts before the launch";
+  agent.applicationDidFinishLaunching();
+  EXPECT_EQ(world.interface.checkForUpdatesEnabled, true);
+  EXPECT_EQ(world.updater.starts, 1);
+  agent.checkForUpdates();
+  EXPECT_EQ(world.updater.checks, 1);
+  const int refreshes = world.interface.refreshes;
+  world.updater.findScheduledUpdate({"2.1"});
+  EXPECT_EQ(world.interface.refreshes, refreshes + 1);
+  EXPECT_EQ(agent.currentStatusSnapshot().updateAvailability.displayVersion, "2.1");
+}
+
 TEST(AppDelegate, mayGoWhileAScanIsUnderWay) {
   AgentWorld world;
   {

@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "app/AppDelegate.hpp"
+#include "platform/linux/AccessibilitySwitch.hpp"
+#include "platform/linux/AutostartEntry.hpp"
 #include "platform/linux/BeastHttpClient.hpp"
 #include "platform/linux/BeastWebSocketTransport.hpp"
 #include "platform/linux/DesktopNotifications.hpp"
@@ -45,6 +47,7 @@ Watches this desktop for approval dialogs and lets a paired phone answer them.
 class ConsoleInterface : public AgentInterface {
  public:
   void configureMenus() override {}
+  void enableCheckForUpdates(bool /*enabled*/) override {}
   void showStatusWindow() override {}
   void refreshStatusWindow() override {}
   void showPendingCount(std::int64_t count) override { pendingCount_ = count; }
@@ -63,6 +66,8 @@ struct Services {
   FileKeychain keychain{directories.dataHome};
   FileUserDefaults defaults{directories.configHome, console};
   InstalledBundle bundle{InstalledBundle::runningExecutable(), directories.home};
+  AutostartEntry loginItem{directories.configHome, bundle.path()};
+  AccessibilitySwitch accessibilitySwitch;
   FlockInstanceLock instanceLock{directories.temporary};
 };
 
@@ -131,6 +136,8 @@ int run() {
                      .bundle = services.bundle,
                      .instanceLock = services.instanceLock,
                      .notifications = workers.notifications,
+                     .loginItemService = services.loginItem,
+                     .settings = services.accessibilitySwitch,
                      .terminateApplication = [&services] { services.mainLoop.quit(); }},
                     interface);
   const auto signals = services.mainLoop.watchTerminationSignals([&agent] { agent.quit(); });

@@ -1,0 +1,18 @@
+// The menu-bar item makes room for its dot.
+
+#include "ui/MenuBarItem.hpp"
+
+#include <gtest/gtest.h>
+
+namespace tallyfox {
+namespace {
+
+TEST(MenuBarItem, is24PointsWideWithNoApprovalsAnd30WithOneOrMore) {
+  EXPECT_EQ(menuBarItemLength(-1), 24.0);
+  EXPECT_EQ(menuBarItemLength(0), 24.0);
+  EXPECT_EQ(menuBarItemLength(1), 30.0);
+  EXPECT_EQ(menuBarItemLength(57), 30.0);
+}
+
+}  // namespace
+}  // namespace tallyfox
