@@ -45,9 +45,9 @@ std::string_view name(ClickPath path) {
 ClickExecutor::ClickExecutor(Dependencies dependencies) : dependencies_(dependencies) {}
 
 std::expected<ClickPath, ClickError> ClickExecutor::click(const ResolvedDialogButton& resolved,
-                                                          const PromptCheck& isPromptStillPresent,
+                                                          const PromptCheck& promptPresence,
                                                           const ButtonRefresh& refreshedButton) {
-  return ClickSession(dependencies_, resolved, isPromptStillPresent, refreshedButton).run();
+  return ClickSession(dependencies_, resolved, promptPresence, refreshedButton).run();
 }
 
 }  // namespace tallyfox

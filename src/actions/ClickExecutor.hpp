@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/Queue.hpp"
+#include "detection/PromptPresence.hpp"
 #include "detection/ResolvedDialogButton.hpp"
 #include "platform/Accessibility.hpp"
 #include "platform/AccessibilityElements.hpp"
@@ -39,15 +40,17 @@ class ClickExecutor {
     SyntheticInput& input;
     Clock& clock;
   };
-  using PromptCheck = std::function<bool()>;
+  /// A look for the recorded dialog on the screen.
+  using PromptCheck = std::function<PromptPresence()>;
   using ButtonRefresh = std::function<std::optional<ResolvedDialogButton>()>;
 
   explicit ClickExecutor(Dependencies dependencies);
 
   /// The path after which the dialog was found gone, else why it was not pressed or is still there. Never presses
-  /// anything but an element that is the approved button at that moment.
+  /// anything but an element that is the approved button at that moment; never takes a program's silence for the end
+  /// of its dialog.
   [[nodiscard]] std::expected<ClickPath, ClickError> click(const ResolvedDialogButton& resolved,
-                                                           const PromptCheck& isPromptStillPresent,
+                                                           const PromptCheck& promptPresence,
                                                            const ButtonRefresh& refreshedButton);
 
  private:

@@ -4,6 +4,7 @@
 
 #include "actions/SemanticButton.hpp"
 #include "base/Limits.hpp"
+#include "detection/AnswerWitness.hpp"
 
 namespace tallyfox {
 
@@ -23,8 +24,11 @@ bool ClickGuards::matchesApprovedButton(const AXUIElement& element, const Resolv
   return element == resolved.element && helpers_.label(element) == resolved.button.label && isEnabled(element);
 }
 
-bool ClickGuards::isElementStillAlive(const AXUIElement& element) const {
-  return !helpers_.role(element).empty() && helpers_.frame(element).has_value();
+PromptPresence ClickGuards::elementPresence(const AXUIElement& element) const {
+  AnswerWitness witness(helpers_.elements());
+  const AXHelpers helpers(helpers_.accessibility(), witness);
+  if (!helpers.role(element).empty() && helpers.frame(element)) return PromptPresence::present;
+  return witness.missedAnswers() ? PromptPresence::unknown : PromptPresence::gone;
 }
 
 bool ClickGuards::isFocusedTarget(const AXUIElement& window, std::optional<std::int32_t> processIdentifier) const {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "detection/AXHelpers.hpp"
+#include "detection/PromptPresence.hpp"
 #include "detection/ResolvedDialogButton.hpp"
 
 namespace tallyfox {
@@ -17,7 +18,11 @@ class ClickGuards {
 
   /// Whether the element is the approved one, still carries the approved label and is not disabled.
   [[nodiscard]] bool matchesApprovedButton(const AXUIElement& element, const ResolvedDialogButton& resolved) const;
-  [[nodiscard]] bool isElementStillAlive(const AXUIElement& element) const;
+  /// Whether the element has a role and a frame; gone only when its process says so.
+  [[nodiscard]] PromptPresence elementPresence(const AXUIElement& element) const;
+  [[nodiscard]] bool isElementStillAlive(const AXUIElement& element) const {
+    return elementPresence(element) == PromptPresence::present;
+  }
   /// Whether keys typed now reach this window of this process. False when the process is unknown.
   [[nodiscard]] bool isFocusedTarget(const AXUIElement& window, std::optional<std::int32_t> processIdentifier) const;
   /// The window's own cancel or default button, whichever the approved label stands for, when it is enabled and is the

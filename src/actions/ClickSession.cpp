@@ -23,7 +23,7 @@ constexpr Seconds pressDuration{0.08};
 }  // namespace
 
 ClickSession::ClickSession(const ClickExecutor::Dependencies& dependencies, const ResolvedDialogButton& resolved,
-                           const ClickExecutor::PromptCheck& isPromptStillPresent,
+                           const ClickExecutor::PromptCheck& promptPresence,
                            const ClickExecutor::ButtonRefresh& refreshedButton)
     : elements_(dependencies.elements),
       accessibility_(dependencies.accessibility),
@@ -32,7 +32,7 @@ ClickSession::ClickSession(const ClickExecutor::Dependencies& dependencies, cons
       helpers_(accessibility_, elements_),
       guards_(helpers_),
       resolved_(resolved),
-      isPromptStillPresent_(isPromptStillPresent),
+      promptPresence_(promptPresence),
       refreshedButton_(refreshedButton) {}
 
 std::expected<ClickPath, ClickError> ClickSession::run() {
@@ -52,14 +52,14 @@ std::expected<ClickPath, ClickError> ClickSession::run() {
     currentPath_ = path;
     const StepResult cleared = (this->*step)();
     if (!cleared) return std::unexpected(cleared.error());
-    if (*cleared || !isPromptStillPresent_()) return lastPressedPath_;
+    if (*cleared || promptPresence_() == PromptPresence::gone) return lastPressedPath_;
   }
   return std::unexpected(ClickError::promptStillPresent);
 }
 
 ClickSession::StepResult ClickSession::pressButton() {
   if (!elements_.performAction(resolved_.element, ax_action::press)) {
-    if (!guards_.isElementStillAlive(resolved_.window) || !isPromptStillPresent_()) return true;
+    if (isCleared(resolved_.window)) return true;
     for (const AXUIElement& window : guards_.windowsForAction(resolved_, resolved_.window))
       focusWindow(window);
   }
@@ -77,7 +77,7 @@ ClickSession::StepResult ClickSession::pressSemanticButton() {
 ClickSession::StepResult ClickSession::resolveAgain() {
   const auto fresh = refreshedButton_();
   if (!fresh) {
-    if (guards_.isElementStillAlive(resolved_.window) && isPromptStillPresent_()) {
+    if (guards_.isElementStillAlive(resolved_.window) && isPromptStillPresent()) {
       return std::unexpected(ClickError::buttonNotFound);
     }
     return false;
@@ -91,7 +91,7 @@ ClickSession::StepResult ClickSession::focusButtonAndPressSpace() {
   const auto process = buttonProcess();
   focusButton(process);
   return postKeyAndWait(KeyCode::space, process, [this, process] {
-    return isPromptStillPresent_() && isStillApproved() && hasKeyFocus(process);
+    return isPromptStillPresent() && isStillApproved() && hasKeyFocus(process);
   });
 }
 
@@ -146,7 +146,7 @@ std::expected<ClickSession::Click, ClickError> ClickSession::makeClick(AXPoint p
 }
 
 bool ClickSession::canPostMouse(AXPoint point) const {
-  return guards_.isElementStillAlive(resolved_.element) && isPromptStillPresent_() &&
+  return guards_.isElementStillAlive(resolved_.element) && isPromptStillPresent() &&
          guards_.isFocusedTarget(resolved_.window, targetProcess()) &&
          guards_.approvedButtonAt(point, guards_.windowsForAction(resolved_, resolved_.window), resolved_).has_value();
 }
@@ -159,7 +159,7 @@ std::optional<AXPoint> ClickSession::clickPoint() const {
 
 ClickSession::StepResult ClickSession::postKeyAndWait(KeyCode key, std::optional<std::int32_t> processIdentifier,
                                                       const std::function<bool()>& canPost) {
-  if (!guards_.isElementStillAlive(resolved_.element) || !isPromptStillPresent_()) return true;
+  if (isCleared(resolved_.element)) return true;
   const auto down = input_.createKeyEvent({key, true});
   const auto up = input_.createKeyEvent({key, false});
   // Without synthetic keys the paths that follow may still press; the mouse path reports what cannot be made.
@@ -227,11 +227,17 @@ std::optional<std::int32_t> ClickSession::targetProcess() const {
   return process ? std::optional(*process) : std::nullopt;
 }
 
+bool ClickSession::isCleared(const AXUIElement& element) const {
+  const PromptPresence presence = guards_.elementPresence(element);
+  if (presence != PromptPresence::present) return presence == PromptPresence::gone;
+  return promptPresence_() == PromptPresence::gone;
+}
+
 bool ClickSession::waitUntilCleared(const AXUIElement& pressed) {
   lastPressedPath_ = currentPath_;
   return std::ranges::any_of(standardClearDelays, [&](Seconds delay) {
     clock_.sleep(delay);
-    return !guards_.isElementStillAlive(pressed) || !isPromptStillPresent_();
+    return isCleared(pressed);
   });
 }
 

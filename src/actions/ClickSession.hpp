@@ -17,8 +17,7 @@ namespace tallyfox {
 class ClickSession {
  public:
   ClickSession(const ClickExecutor::Dependencies& dependencies, const ResolvedDialogButton& resolved,
-               const ClickExecutor::PromptCheck& isPromptStillPresent,
-               const ClickExecutor::ButtonRefresh& refreshedButton);
+               const ClickExecutor::PromptCheck& promptPresence, const ClickExecutor::ButtonRefresh& refreshedButton);
 
   [[nodiscard]] std::expected<ClickPath, ClickError> run();
 
@@ -42,6 +41,9 @@ class ClickSession {
   [[nodiscard]] StepResult clickThroughProcess() { return clickMouse(targetProcess()); }
   [[nodiscard]] StepResult clickGlobally() { return clickMouse(std::nullopt); }
 
+  [[nodiscard]] bool isPromptStillPresent() const { return promptPresence_() == PromptPresence::present; }
+  /// Whether the dialog has been seen to go, by this element of it or as a whole.
+  [[nodiscard]] bool isCleared(const AXUIElement& element) const;
   [[nodiscard]] bool isStillApproved() const { return guards_.matchesApprovedButton(resolved_.element, resolved_); }
   [[nodiscard]] bool listsAction(const AXUIElement& element, std::string_view action) const;
   void focusWindow(const AXUIElement& window);
@@ -68,7 +70,7 @@ class ClickSession {
   AXHelpers helpers_;
   ClickGuards guards_;
   ResolvedDialogButton resolved_;
-  const ClickExecutor::PromptCheck& isPromptStillPresent_;
+  const ClickExecutor::PromptCheck& promptPresence_;
   const ClickExecutor::ButtonRefresh& refreshedButton_;
   ClickPath currentPath_ = ClickPath::accessibilityPress;
   ClickPath lastPressedPath_ = ClickPath::accessibilityPress;

@@ -15,6 +15,9 @@ class DialogFocusResolver {
                                                                          const std::string& buttonLabel) {
     return detector_.resolveCurrentButton(approval, buttonLabel);
   }
+  [[nodiscard]] PromptPresence promptPresence(const PendingApproval& approval) {
+    return detector_.promptPresence(approval);
+  }
   [[nodiscard]] bool isPromptStillPresent(const PendingApproval& approval) {
     return detector_.isPromptStillPresent(approval);
   }

@@ -42,7 +42,7 @@ std::expected<ClickPath, RemoteDecisions::Refusal> RemoteDecisions::press(const 
   if (!button) return refused(approval_status::notFound, description(ClickError::buttonNotFound));
 
   const auto path = dependencies_.executor.click(
-      *button, [&] { return dependencies_.resolver.isPromptStillPresent(*approval); },
+      *button, [&] { return dependencies_.resolver.promptPresence(*approval); },
       [&] { return dependencies_.resolver.resolveCurrentButton(*approval, command.buttonLabel); });
   if (!path) return refused(approval_status::failed, description(path.error()));
   return *path;

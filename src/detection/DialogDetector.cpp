@@ -7,8 +7,11 @@
 #include <utility>
 
 #include "base/Limits.hpp"
+#include "detection/AnswerWitness.hpp"
 #include "detection/ApprovalBuilder.hpp"
+#include "detection/PromptReader.hpp"
 #include "detection/WindowDebugSnapshot.hpp"
+#include "detection/WindowSources.hpp"
 
 namespace tallyfox {
 
@@ -31,13 +34,12 @@ struct DialogDetector::Candidate {
 };
 
 DialogDetector::DialogDetector(Dependencies dependencies)
-    : dependencies_(std::move(dependencies)),
-      helpers_(dependencies_.accessibility, dependencies_.elements),
-      sources_(helpers_, dependencies_.applications, dependencies_.windowList),
-      reader_(helpers_) {}
+    : dependencies_(std::move(dependencies)), helpers_(dependencies_.accessibility, dependencies_.elements) {}
 
-DialogDetector::ScreenReading DialogDetector::readScreen(int descendantLimit) const {
-  std::vector<WindowSource> sources = sources_.gather();
+DialogDetector::ScreenReading DialogDetector::readScreen(const AXHelpers& helpers, int descendantLimit) const {
+  const PromptReader reader(helpers);
+  std::vector<WindowSource> sources =
+      WindowSources(helpers, dependencies_.applications, dependencies_.windowList).gather();
   AXReadPlan windowPlan{.roots = {}, .attributes = PromptReader::attributes(), .descendantLimit = descendantLimit};
   for (const WindowSource& source : sources)
     windowPlan.roots.push_back(source.window);
@@ -47,13 +49,13 @@ DialogDetector::ScreenReading DialogDetector::readScreen(int descendantLimit) co
   AXReadPlan contentPlan{.roots = {}, .attributes = PromptReader::attributes(), .descendantLimit = descendantLimit};
   std::vector<AXUIElement> contents;
   for (const WindowSource& source : sources) {
-    contents.push_back(reader_.contentElement(source.window));
+    contents.push_back(reader.contentElement(source.window));
     if (contents.back() != source.window) contentPlan.roots.push_back(contents.back());
   }
   if (!contentPlan.roots.empty()) reading.contentScope = dependencies_.accessibility.willRead(contentPlan);
 
   for (std::size_t i = 0; i < sources.size(); ++i) {
-    PromptContent content = reader_.read(sources[i].window, contents[i]);
+    PromptContent content = reader.read(sources[i].window, contents[i]);
     reading.windows.push_back({std::move(sources[i]), std::move(content)});
   }
   return reading;
@@ -68,7 +70,7 @@ std::optional<PendingApproval> DialogDetector::approvalForWindowSource(const Win
 
 std::vector<PendingApproval> DialogDetector::scan() {
   if (!dependencies_.accessibility.isProcessTrusted()) return {};
-  const ScreenReading reading = readScreen(limits::contentDescendants);
+  const ScreenReading reading = readScreen(helpers_, limits::contentDescendants);
   if (dependencies_.diagnosticsEnabled()) {
     for (const auto& [source, content] : reading.windows) {
       dependencies_.console.printLine(WindowDebugSnapshot::of(source, content).line());
@@ -93,17 +95,20 @@ std::vector<PendingApproval> DialogDetector::approvalsPersistentAcrossScans(std:
   return approvals;
 }
 
-bool DialogDetector::isPromptStillPresent(const PendingApproval& approval) {
-  const ScreenReading reading = readScreen(limits::contentDescendants);
-  return std::ranges::any_of(reading.windows, [&](const ScreenReading::Window& window) {
+PromptPresence DialogDetector::promptPresence(const PendingApproval& approval) {
+  AnswerWitness witness(dependencies_.elements);
+  const ScreenReading reading = readScreen(AXHelpers(dependencies_.accessibility, witness), limits::contentDescendants);
+  const bool isSeen = std::ranges::any_of(reading.windows, [&](const ScreenReading::Window& window) {
     const auto fresh = approvalForWindowSource(window.source, window.content);
     return fresh && fresh->matchScore(approval) > 0;
   });
+  if (isSeen) return PromptPresence::present;
+  return witness.missedAnswersOf(approval.processIdentifier) ? PromptPresence::unknown : PromptPresence::gone;
 }
 
 std::optional<DialogDetector::Candidate> DialogDetector::bestCandidate(const PendingApproval& approval,
                                                                        const std::string& buttonLabel) const {
-  const ScreenReading reading = readScreen(limits::refindDescendants);
+  const ScreenReading reading = readScreen(helpers_, limits::refindDescendants);
   std::optional<Candidate> best;
   for (const auto& [source, content] : reading.windows) {
     const auto fresh = approvalForWindowSource(source, content);
@@ -111,7 +116,8 @@ std::optional<DialogDetector::Candidate> DialogDetector::bestCandidate(const Pen
     const double score = fresh->matchScore(approval);
     // Of equal scores the first found stays.
     if (!(score > 0) || (best && score <= best->score)) continue;
-    const std::vector<LiveButton> buttons = reader_.liveButtons(content.element, limits::refindDescendants);
+    const std::vector<LiveButton> buttons =
+        PromptReader(helpers_).liveButtons(content.element, limits::refindDescendants);
     const auto found =
         std::ranges::find(buttons, buttonLabel, [](const LiveButton& live) { return live.button.label; });
     if (found != buttons.end()) best = Candidate{score, *found, source.window};

@@ -10,6 +10,7 @@
 #include "base/Uuid.hpp"
 #include "detection/AXHelpers.hpp"
 #include "detection/PromptCandidateGate.hpp"
+#include "detection/PromptPresence.hpp"
 #include "detection/PromptReader.hpp"
 #include "detection/ResolvedDialogButton.hpp"
 #include "detection/WindowSources.hpp"
@@ -39,8 +40,11 @@ class DialogDetector {
   /// The live button of the dialog on screen that matches `approval` best, its window raised; absent when none does.
   [[nodiscard]] std::optional<ResolvedDialogButton> resolveCurrentButton(const PendingApproval& approval,
                                                                          const std::string& buttonLabel);
-  /// Whether a dialog on screen matches `approval`.
-  [[nodiscard]] bool isPromptStillPresent(const PendingApproval& approval);
+  /// Whether a dialog on screen matches `approval`. It is gone only when its process answered whatever it was asked.
+  [[nodiscard]] PromptPresence promptPresence(const PendingApproval& approval);
+  [[nodiscard]] bool isPromptStillPresent(const PendingApproval& approval) {
+    return promptPresence(approval) == PromptPresence::present;
+  }
 
   [[nodiscard]] const PromptCandidateGate& candidateGate() const { return candidateGate_; }
 
@@ -48,7 +52,7 @@ class DialogDetector {
   struct ScreenReading;
   struct Candidate;
 
-  [[nodiscard]] ScreenReading readScreen(int descendantLimit) const;
+  [[nodiscard]] ScreenReading readScreen(const AXHelpers& helpers, int descendantLimit) const;
   [[nodiscard]] std::optional<PendingApproval> approvalForWindowSource(const WindowSource& source,
                                                                        const PromptContent& content) const;
   [[nodiscard]] std::vector<PendingApproval> approvalsPersistentAcrossScans(std::vector<PendingApproval> approvals);
@@ -58,8 +62,6 @@ class DialogDetector {
 
   Dependencies dependencies_;
   AXHelpers helpers_;
-  WindowSources sources_;
-  PromptReader reader_;
   PromptCandidateGate candidateGate_;
 };
 

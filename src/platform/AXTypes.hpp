@@ -74,10 +74,11 @@ enum class AXAttribute {
 };
 [[nodiscard]] std::string_view attributeName(AXAttribute attribute);
 
-/// Why a call gave nothing. The callers of this system treat all alike; backends and their tests tell them apart.
+/// Why a call gave nothing. Most callers treat all alike; who proves that something is gone must not take silence for
+/// it.
 enum class AXError {
-  cannotComplete,  ///< the application did not answer within the messaging time-out, or is being skipped as hung
-  invalidElement,  ///< the element or its application is gone
+  cannotComplete,  ///< the application runs, but did not answer within the messaging time-out or is skipped as hung
+  invalidElement,  ///< the element is gone, or its application is
   unsupported,     ///< the element has no such attribute or action, or it cannot be set
   noValue,         ///< it has, but there is no value now
   notTrusted,      ///< accessibility is off

@@ -33,7 +33,7 @@ struct ClickDesktop : DetectorDesktop {
 
   [[nodiscard]] std::expected<ClickPath, ClickError> click(const ResolvedDialogButton& target) {
     return executor.click(
-        target, [this] { return detector.isPromptStillPresent(recorded); },
+        target, [this] { return detector.promptPresence(recorded); },
         [this, label = target.button.label] {
           ++refreshes;
           return detector.resolveCurrentButton(recorded, label);
@@ -61,6 +61,13 @@ struct ClickDesktop : DetectorDesktop {
 namespace tallyfox {
 
 using ClickResult = std::expected<ClickPath, ClickError>;
+
+[[nodiscard]] inline PromptPresence presence(bool isPresent) {
+  return isPresent ? PromptPresence::present : PromptPresence::gone;
+}
+[[nodiscard]] inline PromptPresence alwaysPresent() {
+  return PromptPresence::present;
+}
 
 [[nodiscard]] inline ClickResult failure(ClickError error) {
   return std::unexpected(error);

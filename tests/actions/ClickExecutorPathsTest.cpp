@@ -86,7 +86,7 @@ TEST_F(ClickExecutorPathsTest, pressesTheOwnButtonOnlyWhenItListsTheAction) {
   const ResolvedDialogButton target{
       {"Allow", "AXButton", 0, 0, 20, 20}, desktop.element(world.button("Allow")), desktop.element(world.window)};
   heed(false, false, false);
-  const Result result = world.executor.click(target, [] { return true; }, [&] { return std::optional(target); });
+  const Result result = world.executor.click(target, alwaysPresent, [&] { return std::optional(target); });
   EXPECT_EQ(result, failure(ClickError::promptStillPresent));
   EXPECT_THAT(world.deeds("press " + std::to_string(own)), IsEmpty());
 }

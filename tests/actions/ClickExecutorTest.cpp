@@ -108,7 +108,7 @@ TEST_F(ClickExecutorTest, postsNoMouseEventWhenAnotherWindowCoversTheCentre) {
   desktop.clearDeeds();
   const auto recorded = world.recorded;
   const Result result = world.executor.click(
-      target, [&] { return world.detector.isPromptStillPresent(recorded); }, [&] { return std::optional(target); });
+      target, [&] { return world.detector.promptPresence(recorded); }, [&] { return std::optional(target); });
   EXPECT_EQ(result, failure(ClickError::promptStillPresent));
   EXPECT_THAT(world.deeds("mouse"), IsEmpty());
   EXPECT_THAT(desktop.presses(), IsEmpty());
@@ -151,7 +151,7 @@ TEST_F(ClickExecutorTest, endsWhenTheButtonIsNotFoundAgain) {
   heed(false, true, true);
   const ResolvedDialogButton target = world.resolved("Allow");
   desktop.clearDeeds();
-  const Result result = world.executor.click(target, [] { return true; }, [] { return std::nullopt; });
+  const Result result = world.executor.click(target, alwaysPresent, [] { return std::nullopt; });
   EXPECT_EQ(result, failure(ClickError::buttonNotFound));
   EXPECT_THAT(world.deeds("key"), IsEmpty());
 }
@@ -164,8 +164,8 @@ TEST_F(ClickExecutorTest, goesOnWithTheButtonFoundAgain) {
   hideSemanticButtons();
   desktop.clearDeeds();
   const ResolvedDialogButton again{{"Allow", "AXButton", 410, 310, 100, 24}, desktop.element(fresh), target.window};
-  const Result result =
-      world.executor.click(target, [&] { return desktop.exists(world.window); }, [&] { return std::optional(again); });
+  const Result result = world.executor.click(
+      target, [&] { return presence(desktop.exists(world.window)); }, [&] { return std::optional(again); });
   EXPECT_EQ(result, ClickPath::focusAndSpace);
   EXPECT_THAT(world.deeds("set " + std::to_string(fresh)), ElementsAre("set " + std::to_string(fresh) + " AXFocused"));
 }
@@ -180,7 +180,7 @@ TEST_F(ClickExecutorTest, neverUsesAnotherButtonFoundAgain) {
     desktop.clearDeeds();
     desktop.setPressEffect(world.button("Allow"), memory::PressEffect::nothing);
     const Result result = world.executor.click(
-        target, [&] { return desktop.exists(world.window); }, [&] { return std::optional(offered); });
+        target, [&] { return presence(desktop.exists(world.window)); }, [&] { return std::optional(offered); });
     EXPECT_EQ(result, failure(ClickError::promptStillPresent));
     EXPECT_THAT(desktop.presses(), Each("Allow"));
     EXPECT_THAT(world.deeds("set " + std::to_string(world.button("Don’t Allow"))), IsEmpty());
@@ -192,7 +192,7 @@ TEST_F(ClickExecutorTest, pressesNothingMoreOnceTheLabelChanged) {
   desktop.onPress(button, [&] { desktop.setTitle(button, "Delete"); });
   const ResolvedDialogButton target = world.resolved("Allow");
   desktop.clearDeeds();
-  const Result result = world.executor.click(target, [] { return true; }, [&] { return std::optional(target); });
+  const Result result = world.executor.click(target, alwaysPresent, [&] { return std::optional(target); });
   EXPECT_EQ(result, failure(ClickError::promptStillPresent));
   EXPECT_THAT(desktop.presses(), ElementsAre("Allow"));
   EXPECT_THAT(world.deeds("press"), ElementsAre("press " + std::to_string(button) + " AXPress"));
@@ -215,7 +215,7 @@ TEST_F(ClickExecutorTest, returnsAtOnceWhenThePromptIsFoundGoneBetweenPaths) {
   desktop.clearDeeds();
   int checks = 0;
   const Result result =
-      world.executor.click(target, [&] { return ++checks <= 3; }, [&] { return std::optional(target); });
+      world.executor.click(target, [&] { return presence(++checks <= 3); }, [&] { return std::optional(target); });
   EXPECT_EQ(result, ClickPath::accessibilityPress);
   EXPECT_EQ(checks, 4);
   EXPECT_THAT(desktop.deeds(), ElementsAre(pressDeed("Allow")));
@@ -240,13 +240,53 @@ TEST_F(ClickExecutorTest, endsWhenTheApplicationHangs) {
   EXPECT_THAT(desktop.presses(), IsEmpty());
 }
 
+TEST_F(ClickExecutorTest, takesNoSilenceAfterThePressForTheEndOfTheDialog) {
+  const ResolvedDialogButton target = world.resolved("Allow");
+  desktop.onPress(world.button("Allow"), [&] { desktop.setFault(world.pid, memory::Fault::hang); });
+  EXPECT_EQ(world.click(target), failure(ClickError::promptStillPresent));
+  EXPECT_TRUE(desktop.exists(world.window));
+  EXPECT_THAT(desktop.presses(), ElementsAre("Allow"));
+}
+
+TEST_F(ClickExecutorTest, takesNoLostPermissionForTheEndOfTheDialog) {
+  const ResolvedDialogButton target = world.resolved("Allow");
+  desktop.onPress(world.button("Allow"), [&] { desktop.setTrusted(false); });
+  EXPECT_EQ(world.click(target), failure(ClickError::promptStillPresent));
+  EXPECT_TRUE(desktop.exists(world.window));
+}
+
+TEST_F(ClickExecutorTest, seesTheDialogGoOnceAHungApplicationAnswersAgain) {
+  const ResolvedDialogButton target = world.resolved("Allow");
+  desktop.onPress(world.button("Allow"), [&] { desktop.setFault(world.pid, memory::Fault::hang); });
+  const auto queue = world.time.makeQueue("world");
+  const auto end = queue->after(Seconds(0.6), [&] {
+    desktop.setFault(world.pid, memory::Fault::none);
+    desktop.closeWindow(world.window);
+  });
+  EXPECT_EQ(world.click(target), ClickPath::accessibilityPress);
+}
+
+TEST_F(ClickExecutorTest, seesTheDialogGoWithItsApplication) {
+  const ResolvedDialogButton target = world.resolved("Allow");
+  desktop.onPress(world.button("Allow"), [&] { desktop.quit(world.pid); });
+  EXPECT_EQ(world.click(target), ClickPath::accessibilityPress);
+}
+
+TEST_F(ClickExecutorTest, isNotHeldUpByAnotherApplicationThatHangs) {
+  const ResolvedDialogButton target = world.resolved("Allow");
+  const auto other = desktop.launch("Editor");
+  desktop.openWindow(other, memory::messageBox("Untitled", {"Text"}, {"OK"}));
+  desktop.setFault(other, memory::Fault::hang);
+  EXPECT_EQ(world.click(target), ClickPath::accessibilityPress);
+}
+
 TEST_F(ClickExecutorTest, survivesAButtonWithABrokenFrame) {
   heed(false, false, true);
   const ResolvedDialogButton target = world.resolved("Allow");
   desktop.onPress(world.button("Allow"), [] {});
   desktop.setFrame(world.button("Allow"), DialogFrame{1e308, 1e308, 1e308, -1e308});
   desktop.clearDeeds();
-  const Result result = world.executor.click(target, [] { return true; }, [&] { return std::optional(target); });
+  const Result result = world.executor.click(target, alwaysPresent, [&] { return std::optional(target); });
   // Without a frame the button counts as gone.
   EXPECT_EQ(result, ClickPath::accessibilityPress);
   EXPECT_THAT(world.deeds("mouse"), IsEmpty());
@@ -269,7 +309,7 @@ std::optional<std::vector<std::string>> deedsAfter(int moment,
       disturb(world);
       world.desktop.clearDeeds();
     }
-    return true;
+    return PromptPresence::present;
   };
   (void)world.executor.click(target, check, [&] { return std::optional(target); });
   return checks < moment ? std::nullopt : std::optional(world.desktop.deeds());
