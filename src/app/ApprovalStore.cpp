@@ -51,7 +51,11 @@ void ApprovalStore::replace(const std::vector<PendingApproval>& approvals) {
 
     std::erase_if(approvalsByID_, [&](const auto& item) {
       const Uuid id = item.first;
-      if (seen.contains(id) || now - lastSeenByID_.at(id) <= staleAfter_) return false;
+      if (seen.contains(id)) return false;
+      // A clock that was set back must not lengthen the grace.
+      Date& lastSeen = lastSeenByID_.at(id);
+      lastSeen = std::min(lastSeen, now);
+      if (now - lastSeen <= staleAfter_) return false;
       lastSeenByID_.erase(id);
       removeFingerprintMapping(id);
       return true;

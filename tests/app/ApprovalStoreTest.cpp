@@ -82,6 +82,16 @@ TEST_F(ApprovalStoreTest, measuresTheGraceFromTheLastScanThatSawTheDialog) {
   EXPECT_EQ(onlyID(), id);
 }
 
+TEST_F(ApprovalStoreTest, keepsNoDialogLongerBecauseTheClockWasSetBack) {
+  store.replace({scannedApproval(1, now())});
+  time.setWallClock(now() - seconds(3600));
+  store.replace({});
+  EXPECT_THAT(store.all(), SizeIs(1));
+  time.advance(Seconds(8.001));
+  store.replace({});
+  EXPECT_THAT(store.all(), IsEmpty());
+}
+
 TEST_F(ApprovalStoreTest, drawsANewIdForADialogThatComesBackAfterItsDrop) {
   store.replace({scannedApproval(1)});
   const Uuid id = onlyID();
