@@ -20,7 +20,11 @@ RelaySession::RelaySession(Dependencies dependencies) : dependencies_(std::move(
 
 void RelaySession::startRelayIfConfigured() {
   const auto configuration = dependencies_.pairing.launchConfiguration();
-  if (!configuration) return;
+  if (!configuration) {
+    // A keychain that is still locked when the owner has just logged in hides the credentials for a while.
+    if (dependencies_.pairing.isRelayConfigured()) scheduleRelayStartupRetry();
+    return;
+  }
   const auto url = Url::parsed(configuration->relayURL);
   if (!url) {
     dependencies_.console.printLine("Invalid relay URL: " + configuration->relayURL);

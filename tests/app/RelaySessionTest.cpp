@@ -42,6 +42,16 @@ TEST_F(RelaySessionTest, startsNothingWithoutAConfiguration) {
   EXPECT_THAT(world.console.lines(), IsEmpty());
 }
 
+TEST_F(RelaySessionTest, asksAKeychainAgainThatWasLockedAtTheStart) {
+  answerRegistrations(204);
+  world.keychain.failNext(memory::MemoryKeychain::Operation::copyMatching, true, -25308);
+  session.startRelayIfConfigured();
+  world.time.runDue();
+  EXPECT_THAT(world.network.requests(), IsEmpty());
+  world.time.advance(Seconds(3));
+  EXPECT_THAT(world.network.sockets(), SizeIs(1));
+}
+
 TEST_F(RelaySessionTest, stopsAtAnAddressThatIsNone) {
   startWith("wss://relay.example.com:port");
   EXPECT_EQ(registrations(), 0U);
