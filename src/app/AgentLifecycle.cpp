@@ -95,7 +95,7 @@ void AgentLifecycle::startPromptDetection() {
   eventMonitor_->start();
   safetySweepTimer_ =
       platform.mainQueue.every(dependencies_.configuration.safetySweepInterval(),
-                               lifetime_.guard([this] { dependencies_.scanCycle.scheduleScan("safety-sweep"); }));
+                               lifetime_.guard([this] { dependencies_.scanCycle.scheduleConfirmedScan("safety-sweep"); }));
   dependencies_.scanCycle.scheduleScan("prompt-detection-started");
 }
 

@@ -188,6 +188,10 @@ TEST_F(AgentLifecycleTest, sweepsEveryFiveMinutes) {
   EXPECT_EQ(scans, before);
   world.time.advance(Seconds(0.2));
   EXPECT_EQ(scans, before + 1);
+  finishScan({});
+  EXPECT_EQ(scans, before + 2) << "what one scan finds only a second one confirms, and no event may ever ask for it";
+  finishScan({});
+  EXPECT_EQ(scans, before + 2);
 }
 
 TEST_F(AgentLifecycleTest, sweepsAsOftenAsTheEnvironmentSays) {
