@@ -20,6 +20,11 @@ std::string described(const MemoryElementIdentity& element) {
 
 }  // namespace
 
+bool DesktopAccessibility::isProcessTrusted() {
+  const std::scoped_lock lock(model_.mutex);
+  return model_.isTrusted;
+}
+
 AXUIElement DesktopAccessibility::applicationElement(std::int32_t processIdentifier) {
   return MemoryElementIdentity::application(processIdentifier);
 }
@@ -29,6 +34,7 @@ AXUIElement DesktopAccessibility::systemWideElement() {
 }
 
 std::expected<AXUIElement, AXError> DesktopAccessibility::elementAtPosition(AXPoint point) {
+  const std::scoped_lock lock(model_.mutex);
   if (!model_.isTrusted) return std::unexpected(AXError::notTrusted);
   const ElementID window = model_.windowAt(point);
   if (window == 0) return std::unexpected(AXError::noValue);
@@ -38,6 +44,7 @@ std::expected<AXUIElement, AXError> DesktopAccessibility::elementAtPosition(AXPo
 }
 
 std::expected<AXValue, AXError> DesktopAccessibility::copyAttribute(const AXUIElement& element, AXAttribute attribute) {
+  const std::scoped_lock lock(model_.mutex);
   const MemoryElementIdentity& identity = MemoryElementIdentity::of(element);
   for (Scope* scope : scopesOfThisThread() | std::views::reverse)
     if (const auto* remembered = scope->remembered(identity, attribute)) return *remembered;
@@ -47,6 +54,7 @@ std::expected<AXValue, AXError> DesktopAccessibility::copyAttribute(const AXUIEl
 
 std::expected<void, AXError> DesktopAccessibility::setAttribute(const AXUIElement& element, AXAttribute attribute,
                                                                 const AXValue& value) {
+  const std::scoped_lock lock(model_.mutex);
   const MemoryElementIdentity& identity = MemoryElementIdentity::of(element);
   forget(identity);
   if (model_.isTrusted)
@@ -56,6 +64,7 @@ std::expected<void, AXError> DesktopAccessibility::setAttribute(const AXUIElemen
 }
 
 std::expected<std::vector<std::string>, AXError> DesktopAccessibility::copyActionNames(const AXUIElement& element) {
+  const std::scoped_lock lock(model_.mutex);
   const MemoryElementIdentity& identity = MemoryElementIdentity::of(element);
   if (const Outcome sent = message(identity); !sent) return std::unexpected(sent.error());
   if (identity.kind != Kind::element) return std::vector<std::string>();
@@ -63,12 +72,16 @@ std::expected<std::vector<std::string>, AXError> DesktopAccessibility::copyActio
 }
 
 std::expected<void, AXError> DesktopAccessibility::performAction(const AXUIElement& element, std::string_view action) {
+  const std::scoped_lock lock(model_.mutex);
   const MemoryElementIdentity& identity = MemoryElementIdentity::of(element);
   forget(identity);
   if (model_.isTrusted) {
     const bool isRaise = action == ax_action::raise;
     model_.deeds.push_back(isRaise ? "raise " + described(identity)
                                    : "press " + described(identity) + " " + std::string(action));
+    if (!isRaise && model_.onTouch)
+      model_.onTouch({Touch::Kind::action, std::string(action),
+                      identity.kind == Kind::element ? model_.buttonOf(identity.id, action) : 0});
   }
   if (const Outcome sent = message(identity); !sent) return sent;
   if (identity.kind != Kind::element) return std::unexpected(AXError::unsupported);
@@ -82,6 +95,7 @@ std::expected<std::int32_t, AXError> DesktopAccessibility::processIdentifier(con
 }
 
 void DesktopAccessibility::setMessagingTimeout(const AXUIElement& element, Seconds timeout) {
+  const std::scoped_lock lock(model_.mutex);
   const MemoryElementIdentity& identity = MemoryElementIdentity::of(element);
   if (identity.kind != Kind::element) timeouts_[{mainQueue_.isCurrent(), identity.processIdentifier}] = timeout;
 }
@@ -104,20 +118,32 @@ Outcome DesktopAccessibility::message(const MemoryElementIdentity& element) {
 
 Outcome DesktopAccessibility::reach(const MemoryElementIdentity& element) {
   const std::int32_t pid = processBehind(element);
-  const auto application = model_.applications.find(pid);
-  if (application != model_.applications.end() && application->second.fault == Fault::hang) {
-    for (Scope* scope : scopesOfThisThread())
-      scope->silence(pid);
-    const std::pair<bool, std::int32_t> key{mainQueue_.isCurrent(), element.kind == Kind::systemWide ? 0 : pid};
-    const auto timeout = timeouts_.find(key);
-    clock_.sleep(timeout == timeouts_.end() ? defaultTimeout : timeout->second);
-    return std::unexpected(AXError::cannotComplete);
+  if (model_.onMessage) {
+    const auto answer = model_.onMessage({pid, element.kind == Kind::element ? element.id : 0});
+    if (answer == AXError::cannotComplete) return timeOut(element);
+    if (answer) return std::unexpected(*answer);
   }
+  const auto application = model_.applications.find(pid);
+  if (application != model_.applications.end() && application->second.fault == Fault::hang) return timeOut(element);
   const bool isSystemWide = element.kind == Kind::systemWide;
   const bool isGone =
       element.kind == Kind::element ? !model_.exists(element.id) : application == model_.applications.end();
   if (isGone && !isSystemWide) return std::unexpected(AXError::invalidElement);
   return {};
+}
+
+std::unexpected<AXError> DesktopAccessibility::timeOut(const MemoryElementIdentity& element) {
+  const std::int32_t pid = processBehind(element);
+  for (Scope* scope : scopesOfThisThread())
+    scope->silence(pid);
+  const std::pair<bool, std::int32_t> key{mainQueue_.isCurrent(), element.kind == Kind::systemWide ? 0 : pid};
+  const auto found = timeouts_.find(key);
+  const Seconds wait = found == timeouts_.end() ? defaultTimeout : found->second;
+  // Every caller holds the lock once.
+  model_.mutex.unlock();
+  clock_.sleep(wait);
+  model_.mutex.lock();
+  return std::unexpected(AXError::cannotComplete);
 }
 
 void DesktopAccessibility::forget(const MemoryElementIdentity& element) {
@@ -133,7 +159,8 @@ std::vector<DesktopAccessibility::Scope*> DesktopAccessibility::scopesOfThisThre
 }
 
 std::unique_ptr<AXReadScope> DesktopAccessibility::willRead(const AXReadPlan& plan) {
-  auto scope = std::make_unique<Scope>(scopes_, mainQueue_.isCurrent());
+  const std::scoped_lock lock(model_.mutex);
+  auto scope = std::make_unique<Scope>(model_.mutex, scopes_, mainQueue_.isCurrent());
   if (!model_.isTrusted) return scope;
   std::size_t rounds = 0;
   for (const AXUIElement& planned : plan.roots) {

@@ -14,14 +14,14 @@ namespace tallyfox::memory {
 
 /// The accessibility seam over the model: trust, messages and what they cost, and read scopes.
 ///
-/// There is one real thread, but the main queue and the others stand for different ones: time-outs and scopes of the
-/// one side do not count for the other.
+/// Time-outs and scopes of the main queue do not count for the other queues, nor theirs for it: they stand for two
+/// threads, whether or not they are.
 class DesktopAccessibility : public Accessibility, public AccessibilityElements {
  public:
   DesktopAccessibility(DesktopModel& model, Clock& clock, SerialQueue& mainQueue)
       : model_(model), clock_(clock), mainQueue_(mainQueue) {}
 
-  bool isProcessTrusted() override { return model_.isTrusted; }
+  bool isProcessTrusted() override;
   AXUIElement applicationElement(std::int32_t processIdentifier) override;
   AXUIElement systemWideElement() override;
   std::expected<AXUIElement, AXError> elementAtPosition(AXPoint point) override;
@@ -44,6 +44,8 @@ class DesktopAccessibility : public Accessibility, public AccessibilityElements 
   Outcome message(const MemoryElementIdentity& element);
   /// Whether the application answers at all; waits for the time-out when it does not.
   Outcome reach(const MemoryElementIdentity& element);
+  /// Waits as long as the caller is prepared to.
+  std::unexpected<AXError> timeOut(const MemoryElementIdentity& element);
   void forget(const MemoryElementIdentity& element);
   [[nodiscard]] std::int32_t processBehind(const MemoryElementIdentity& element) const;
   [[nodiscard]] std::vector<Scope*> scopesOfThisThread() const;

@@ -24,6 +24,7 @@ Outcome DesktopModel::perform(ElementID id, std::string_view action) {
       return {};
     case Fault::hang:
     case Fault::none:
+    case Fault::workAndRefuse:
       break;
   }
   if (std::ranges::count(actionNames(id), action) == 0) return std::unexpected(AXError::unsupported);
@@ -31,12 +32,19 @@ Outcome DesktopModel::perform(ElementID id, std::string_view action) {
     raise(windowOf(id));
     return {};
   }
-  ElementID button = 0;
-  if (action == ax_action::press) button = id;
-  if (action == ax_action::confirm) button = element(id).defaultButton;
-  if (action == ax_action::cancel) button = element(id).cancelButton;
+  const ElementID button = buttonOf(id, action);
   if (!exists(button)) return std::unexpected(AXError::unsupported);
-  return application.heedsActions ? press(button) : Outcome();
+  const bool isRefused = application.fault == Fault::workAndRefuse;
+  const Outcome pressed = application.heedsActions ? press(button) : Outcome();
+  return isRefused ? std::unexpected(AXError::unsupported) : pressed;
+}
+
+ElementID DesktopModel::buttonOf(ElementID id, std::string_view action) const {
+  if (!exists(id)) return 0;
+  if (action == ax_action::press) return id;
+  if (action == ax_action::confirm) return element(id).defaultButton;
+  if (action == ax_action::cancel) return element(id).cancelButton;
+  return 0;
 }
 
 Outcome DesktopModel::press(ElementID button) {

@@ -4,6 +4,7 @@
 #include <expected>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -98,6 +99,8 @@ class DesktopModel {
   Outcome set(const MemoryElementIdentity& element, AXAttribute attribute, const AXValue& value);
   [[nodiscard]] std::vector<std::string> actionNames(ElementID element) const;
   Outcome perform(ElementID element, std::string_view action);
+  /// The button that an action of this element presses; 0 for other actions.
+  [[nodiscard]] ElementID buttonOf(ElementID element, std::string_view action) const;
   /// A real press, however it came about. Refused while the button is disabled.
   Outcome press(ElementID button);
 
@@ -119,6 +122,8 @@ class DesktopModel {
   [[nodiscard]] ElementID windowAt(AXPoint point) const;
   [[nodiscard]] ElementID elementAt(AXPoint point) const;
 
+  /// Held by whoever touches the model; let go while an application lets its caller wait.
+  mutable std::recursive_mutex mutex;
   std::map<std::int32_t, DesktopApplication> applications;
   std::map<ElementID, DesktopElement> elements;
   DesktopEvents events;
@@ -126,6 +131,8 @@ class DesktopModel {
   std::int32_t frontmost = 0;  ///< the application with the focus; 0 when no window is open
   DeedLog deeds;
   std::vector<std::string> presses;
+  std::function<std::optional<AXError>(const Message&)> onMessage;
+  std::function<void(const Touch&)> onTouch;
 
  private:
   ElementID create(std::int32_t pid, ElementID parent, const ElementSpec& spec);

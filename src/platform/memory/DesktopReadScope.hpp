@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 #include <set>
 #include <vector>
 
@@ -18,10 +19,15 @@ class DesktopAccessibility::Scope : public AXReadScope {
     std::size_t levels = 0;
   };
 
-  Scope(std::vector<Scope*>& open, bool isOfMainThread) : open_(open), isOfMainThread_(isOfMainThread) {
+  /// `mutex` guards `open` and is held by the caller.
+  Scope(std::recursive_mutex& mutex, std::vector<Scope*>& open, bool isOfMainThread)
+      : mutex_(mutex), open_(open), isOfMainThread_(isOfMainThread) {
     open_.push_back(this);
   }
-  ~Scope() override { std::erase(open_, this); }
+  ~Scope() override {
+    const std::scoped_lock lock(mutex_);
+    std::erase(open_, this);
+  }
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
 
@@ -73,6 +79,7 @@ class DesktopAccessibility::Scope : public AXReadScope {
       reading.insert_or_assign(attribute, model.read(identity, attribute));
   }
 
+  std::recursive_mutex& mutex_;
   std::vector<Scope*>& open_;
   const bool isOfMainThread_;
   std::map<MemoryElementIdentity, Reading> readings_;

@@ -1,5 +1,6 @@
 #include "platform/memory/MemoryDesktop.hpp"
 
+#include <mutex>
 #include <utility>
 
 #include "platform/memory/DesktopAccessibility.hpp"
@@ -15,6 +16,10 @@ struct MemoryDesktop::State {
         accessibility(*model, clock, mainQueue),
         workspace(model, mainQueue),
         input(std::make_shared<DesktopInput>(*model)) {}
+
+  [[nodiscard]] std::scoped_lock<std::recursive_mutex> lock() const {
+    return std::scoped_lock<std::recursive_mutex>(model->mutex);
+  }
 
   std::shared_ptr<DesktopModel> model;
   DesktopAccessibility accessibility;
@@ -47,39 +52,48 @@ SyntheticInput& MemoryDesktop::input() {
 }
 
 void MemoryDesktop::setTrusted(bool trusted) {
+  const auto lock = state_->lock();
   if (std::exchange(state_->model->isTrusted, trusted) != trusted) state_->model->events.postTrustChange();
 }
 
 std::int32_t MemoryDesktop::launch(const std::string& name, std::optional<std::string> bundleIdentifier,
                                    bool isRegular) {
+  const auto lock = state_->lock();
   return state_->model->launch(name, std::move(bundleIdentifier), isRegular);
 }
 
 void MemoryDesktop::quit(std::int32_t pid) {
+  const auto lock = state_->lock();
   state_->model->quit(pid);
 }
 
 void MemoryDesktop::postWorkspaceEvent(const WorkspaceEvent& event) {
+  const auto lock = state_->lock();
   state_->model->events.post(event);
 }
 
 void MemoryDesktop::postNotification(std::int32_t pid, const std::string& notification) {
+  const auto lock = state_->lock();
   state_->model->events.post(pid, notification);
 }
 
 ElementID MemoryDesktop::openWindow(std::int32_t pid, const ElementSpec& window) {
+  const auto lock = state_->lock();
   return state_->model->openWindow(pid, window);
 }
 
 void MemoryDesktop::closeWindow(ElementID window) {
+  const auto lock = state_->lock();
   state_->model->remove(window);
 }
 
 ElementID MemoryDesktop::addChild(ElementID parent, const ElementSpec& child) {
+  const auto lock = state_->lock();
   return state_->model->addChild(parent, child);
 }
 
 void MemoryDesktop::removeElement(ElementID element) {
+  const auto lock = state_->lock();
   state_->model->remove(element);
 }
 
@@ -96,6 +110,7 @@ void MemoryDesktop::setValue(ElementID element, std::optional<std::string> value
 }
 
 void MemoryDesktop::setFrame(ElementID element, std::optional<DialogFrame> frame) {
+  const auto lock = state_->lock();
   if (frame) return state_->model->place(element, *frame);
   setAttribute(element, AXAttribute::position, std::nullopt);
   setAttribute(element, AXAttribute::size, std::nullopt);
@@ -106,48 +121,59 @@ void MemoryDesktop::setEnabled(ElementID element, std::optional<bool> enabled) {
 }
 
 void MemoryDesktop::setAttribute(ElementID element, AXAttribute attribute, std::optional<AXValue> value) {
+  const auto lock = state_->lock();
   state_->model->assign(element, attribute, std::move(value));
 }
 
 void MemoryDesktop::raise(ElementID window) {
+  const auto lock = state_->lock();
   state_->model->raise(window);
 }
 
 void MemoryDesktop::focusWindow(ElementID window) {
+  const auto lock = state_->lock();
   state_->model->focusWindow(window);
 }
 
 void MemoryDesktop::focusElement(ElementID element) {
+  const auto lock = state_->lock();
   state_->model->focusElement(element);
 }
 
 void MemoryDesktop::setMinimized(ElementID window, bool minimized) {
+  const auto lock = state_->lock();
   state_->model->setMinimized(window, minimized);
 }
 
 void MemoryDesktop::setWindowAlpha(ElementID window, double alpha) {
+  const auto lock = state_->lock();
   state_->model->element(window).alpha = alpha;
 }
 
 void MemoryDesktop::setWindowLayer(ElementID window, std::int64_t layer) {
+  const auto lock = state_->lock();
   state_->model->element(window).layer = layer;
 }
 
 void MemoryDesktop::onPress(ElementID button, std::function<void()> effect) {
+  const auto lock = state_->lock();
   state_->model->element(button).onPress = std::move(effect);
 }
 
 void MemoryDesktop::setPressEffect(ElementID button, PressEffect effect) {
+  const auto lock = state_->lock();
   DesktopElement& element = state_->model->element(button);
   element.onPress = nullptr;
   element.effect = effect;
 }
 
 void MemoryDesktop::setFault(std::int32_t pid, Fault fault) {
+  const auto lock = state_->lock();
   state_->model->applications.at(pid).fault = fault;
 }
 
 void MemoryDesktop::heed(std::int32_t pid, bool accessibilityActions, bool keys, bool mouse) {
+  const auto lock = state_->lock();
   DesktopApplication& application = state_->model->applications.at(pid);
   application.heedsActions = accessibilityActions;
   application.heedsKeys = keys;
@@ -155,10 +181,22 @@ void MemoryDesktop::heed(std::int32_t pid, bool accessibilityActions, bool keys,
 }
 
 void MemoryDesktop::failEventCreation(bool fails) {
+  const auto lock = state_->lock();
   state_->input->failsCreation = fails;
 }
 
+void MemoryDesktop::onMessage(std::function<std::optional<AXError>(const Message&)> hook) {
+  const auto lock = state_->lock();
+  state_->model->onMessage = std::move(hook);
+}
+
+void MemoryDesktop::onTouch(std::function<void(const Touch&)> hook) {
+  const auto lock = state_->lock();
+  state_->model->onTouch = std::move(hook);
+}
+
 ElementID MemoryDesktop::find(ElementID root, const std::string& role, const std::string& titleOrDescription) const {
+  const auto lock = state_->lock();
   const DesktopModel& model = *state_->model;
   if (!model.exists(root)) return 0;
   if (model.text(root, AXAttribute::role) == role && model.label(root) == titleOrDescription) return root;
@@ -168,10 +206,12 @@ ElementID MemoryDesktop::find(ElementID root, const std::string& role, const std
 }
 
 bool MemoryDesktop::exists(ElementID element) const {
+  const auto lock = state_->lock();
   return state_->model->exists(element);
 }
 
 AXUIElement MemoryDesktop::element(ElementID element) const {
+  const auto lock = state_->lock();
   return state_->model->handle(element);
 }
 
@@ -188,14 +228,17 @@ const std::vector<std::string>& MemoryDesktop::presses() const {
 }
 
 MemoryDesktop::Traffic MemoryDesktop::traffic() const {
+  const auto lock = state_->lock();
   return state_->accessibility.traffic;
 }
 
 void MemoryDesktop::resetTraffic() {
+  const auto lock = state_->lock();
   state_->accessibility.traffic = {};
 }
 
 void MemoryDesktop::clearDeeds() {
+  const auto lock = state_->lock();
   state_->model->deeds.clear();
   state_->model->presses.clear();
 }

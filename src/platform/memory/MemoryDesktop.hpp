@@ -47,14 +47,29 @@ enum class Fault {
   refuseActions,   ///< actions report an error and do nothing
   ignoreActions,   ///< actions report success and do nothing
   vanishOnAction,  ///< the element is gone before the action arrives
+  workAndRefuse,   ///< actions work and report an error
+};
+
+/// One message of the agent to an application, before it arrives.
+struct Message {
+  std::int32_t processIdentifier = 0;
+  ElementID element = 0;  ///< 0: the application as a whole
+};
+
+/// One deed of the agent that presses, or would if it were heeded, before it arrives.
+struct Touch {
+  enum class Kind { action, key, mouse };
+  Kind kind = Kind::action;
+  std::string name;      ///< "AXPress", "AXConfirm", "AXCancel"; "49 down", ...; "leftDown", ...
+  ElementID button = 0;  ///< what it would press; 0: nothing
 };
 
 /// Everything that was done to the desktop from outside, in order, as text ("press 17 AXPress", "key 49 down pid 310",
 /// "mouse leftDown 120,80 global", "raise 4", "set 9 AXFocused").
 using DeedLog = std::vector<std::string>;
 
-/// A whole desktop in memory and the remote control of it. The control's own calls take no virtual time and are made
-/// from the test; the seam side is what accessibility() and the others give.
+/// A whole desktop in memory and the remote control of it. The control's own calls take no time; the seam side is what
+/// accessibility() and the others give. Any thread; what deeds() and presses() refer to changes with the next deed.
 class MemoryDesktop {
  public:
   MemoryDesktop(Clock& clock, SerialQueue& mainQueue);
@@ -107,6 +122,11 @@ class MemoryDesktop {
   /// default button for Return, the cancel button for Escape. Mouse: the button under the pointer.
   void heed(std::int32_t pid, bool accessibilityActions, bool keys, bool mouse);
   void failEventCreation(bool fails);
+  /// Runs before every message of the agent, and may change the desktop. What it gives is answered in the place of the
+  /// application; cannotComplete after the time-out.
+  void onMessage(std::function<std::optional<AXError>(const Message&)> hook);
+  /// Runs before every touch; what it sees is the desktop as the touch finds it.
+  void onTouch(std::function<void(const Touch&)> hook);
 
   [[nodiscard]] ElementID find(ElementID root, const std::string& role, const std::string& titleOrDescription) const;
   [[nodiscard]] bool exists(ElementID element) const;

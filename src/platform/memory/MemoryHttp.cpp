@@ -18,6 +18,7 @@ class MemoryHttpExchange : public HttpExchange {
 }  // namespace
 
 std::unique_ptr<HttpExchange> MemoryNetwork::State::send(const HttpRequest& request, ResponseCompletion completion) {
+  const std::scoped_lock lock(mutex);
   const std::size_t number = requests.size();
   requests.push_back({.request = request, .isAbandoned = false, .isAnswered = false});
   const auto alive = weak_from_this();
@@ -25,13 +26,18 @@ std::unique_ptr<HttpExchange> MemoryNetwork::State::send(const HttpRequest& requ
                          const TransportError timedOut{"The request timed out."};
                          if (const auto state = alive.lock()) state->answer(number, std::unexpected(timedOut));
                        })});
-  if (standingAnswer) answer(number, *standingAnswer);
+  if (standingAnswer) {
+    answer(number, *standingAnswer);
+  } else if (onRequest) {
+    onRequest(number);
+  }
   return std::make_unique<MemoryHttpExchange>([alive, number] {
     if (const auto state = alive.lock()) state->abandon(number);
   });
 }
 
 void MemoryNetwork::State::answer(std::size_t request, std::expected<HttpResponse, TransportError> response) {
+  const std::scoped_lock lock(mutex);
   if (requests.at(request).isAbandoned || requests[request].isAnswered) return;
   requests[request].isAnswered = true;
   exchanges[request].timeout.reset();
@@ -39,15 +45,21 @@ void MemoryNetwork::State::answer(std::size_t request, std::expected<HttpRespons
     const auto state = alive.lock();
     if (!state) return;
     // Abandoning an answered exchange takes its completion away.
-    if (const ResponseCompletion completion = std::exchange(state->exchanges[request].completion, nullptr))
-      completion(response);
+    if (const ResponseCompletion completion = state->takenCompletion(request)) completion(response);
   });
 }
 
+ResponseCompletion MemoryNetwork::State::takenCompletion(std::size_t request) {
+  const std::scoped_lock lock(mutex);
+  return std::exchange(exchanges[request].completion, nullptr);
+}
+
 void MemoryNetwork::State::abandon(std::size_t request) {
+  // What goes here may call back in while it goes.
+  MemoryExchange gone;
+  const std::scoped_lock lock(mutex);
   if (!requests[request].isAnswered) requests[request].isAbandoned = true;
-  exchanges[request].timeout.reset();
-  const ResponseCompletion gone = std::exchange(exchanges[request].completion, nullptr);
+  gone = std::exchange(exchanges[request], {});
 }
 
 }  // namespace tallyfox::memory

@@ -38,6 +38,7 @@ std::optional<KeychainStatus> MemoryKeychain::begin(Operation operation, const K
 }
 
 KeychainStatus MemoryKeychain::update(const KeychainItem& item, ByteView value) {
+  const std::scoped_lock lock(mutex_);
   if (const auto failure = begin(Operation::update, item)) return *failure;
   const auto found = items_.find(keyOf(item));
   if (found == items_.end()) return keychain_status::itemNotFound;
@@ -46,12 +47,14 @@ KeychainStatus MemoryKeychain::update(const KeychainItem& item, ByteView value) 
 }
 
 KeychainStatus MemoryKeychain::add(const KeychainItem& item, ByteView value) {
+  const std::scoped_lock lock(mutex_);
   if (const auto failure = begin(Operation::add, item)) return *failure;
   const bool isNew = items_.try_emplace(keyOf(item), value.begin(), value.end()).second;
   return isNew ? keychain_status::success : keychain_status::duplicateItem;
 }
 
 std::expected<Bytes, KeychainStatus> MemoryKeychain::copyMatching(const KeychainItem& item) {
+  const std::scoped_lock lock(mutex_);
   if (const auto failure = begin(Operation::copyMatching, item)) return std::unexpected(*failure);
   const auto found = items_.find(keyOf(item));
   if (found == items_.end()) return std::unexpected(keychain_status::itemNotFound);
@@ -61,19 +64,23 @@ std::expected<Bytes, KeychainStatus> MemoryKeychain::copyMatching(const Keychain
 }
 
 KeychainStatus MemoryKeychain::remove(const KeychainItem& item) {
+  const std::scoped_lock lock(mutex_);
   if (const auto failure = begin(Operation::remove, item)) return *failure;
   return items_.erase(keyOf(item)) > 0 ? keychain_status::success : keychain_status::itemNotFound;
 }
 
 void MemoryKeychain::failNext(Operation operation, bool useDataProtectionKeychain, KeychainStatus status) {
+  const std::scoped_lock lock(mutex_);
   failures_[{operation, useDataProtectionKeychain}].push_back(status);
 }
 
 void MemoryKeychain::put(const KeychainItem& item, Bytes value) {
+  const std::scoped_lock lock(mutex_);
   items_.insert_or_assign(keyOf(item), std::move(value));
 }
 
 std::optional<Bytes> MemoryKeychain::stored(const KeychainItem& item) const {
+  const std::scoped_lock lock(mutex_);
   const auto found = items_.find(keyOf(item));
   if (found == items_.end()) return std::nullopt;
   return found->second;

@@ -6,6 +6,7 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,7 +19,7 @@ using SendCompletion = std::function<void(std::expected<void, TransportError>)>;
 using ReceiveCompletion = std::function<void(std::expected<Bytes, TransportError>)>;
 using ResponseCompletion = std::function<void(std::expected<HttpResponse, TransportError>)>;
 
-/// What the network keeps of one connection besides what the test sees. Everything happens on the one real thread.
+/// What the network keeps of one connection besides what the test sees.
 struct MemoryConnection {
   struct Send {
     std::string text;
@@ -65,13 +66,18 @@ struct MemoryNetwork::State : public WebSocketTransport,
 
   void answer(std::size_t request, std::expected<HttpResponse, TransportError> response);
   void abandon(std::size_t request);
+  [[nodiscard]] ResponseCompletion takenCompletion(std::size_t request);
 
+  std::recursive_mutex mutex;  ///< held by whoever touches what follows; never while a callback runs
   std::shared_ptr<SerialQueue> queue;
   std::vector<Socket> sockets;
   std::vector<MemoryConnection> connections;  ///< one for each socket
   std::vector<Request> requests;
   std::vector<MemoryExchange> exchanges;  ///< one for each request
   std::optional<std::expected<HttpResponse, TransportError>> standingAnswer;
+  std::function<void(std::size_t socket)> onStart;
+  std::function<void(std::size_t request)> onRequest;
+  std::function<void(std::size_t socket, const std::string& text)> onFrame;
 
  private:
   void take(std::size_t socket, MemoryConnection::Send send);

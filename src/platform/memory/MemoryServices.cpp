@@ -5,6 +5,7 @@
 namespace tallyfox::memory {
 
 void MemoryConsole::printLine(std::string_view line) {
+  const std::scoped_lock lock(mutex_);
   lines_.emplace_back(line);
 }
 
@@ -15,17 +16,20 @@ std::optional<std::string> MemoryEnvironment::value(const std::string& name) {
 }
 
 std::optional<DefaultsValue> MemoryUserDefaults::object(const std::string& key) {
+  const std::scoped_lock lock(mutex_);
   const auto found = values_.find(key);
   if (found == values_.end()) return std::nullopt;
   return found->second;
 }
 
 void MemoryUserDefaults::setObject(const std::string& key, const DefaultsValue& value) {
+  const std::scoped_lock lock(mutex_);
   values_.insert_or_assign(key, value);
   writes_.emplace_back(key, value);
 }
 
 void MemoryUserDefaults::removeObject(const std::string& key) {
+  const std::scoped_lock lock(mutex_);
   values_.erase(key);
   writes_.emplace_back(key, std::nullopt);
 }

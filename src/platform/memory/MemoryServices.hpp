@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -27,7 +28,7 @@
 
 namespace tallyfox::memory {
 
-/// Keeps the lines.
+/// Keeps the lines. Any thread; lines() is for when nobody prints.
 class MemoryConsole : public Console {
  public:
   void printLine(std::string_view line) override;
@@ -35,6 +36,7 @@ class MemoryConsole : public Console {
   void clear() { lines_.clear(); }
 
  private:
+  std::mutex mutex_;
   std::vector<std::string> lines_;
 };
 
@@ -64,6 +66,7 @@ class MemoryUserDefaults : public UserDefaults {
   }
 
  private:
+  std::mutex mutex_;
   std::map<std::string, DefaultsValue> values_;
   std::vector<std::pair<std::string, std::optional<DefaultsValue>>> writes_;
 };
@@ -90,6 +93,7 @@ class MemoryKeychain : public Keychain {
  private:
   std::optional<KeychainStatus> begin(Operation operation, const KeychainItem& item);
   using Key = std::tuple<bool, std::string, std::string>;
+  mutable std::mutex mutex_;
   std::map<Key, Bytes> items_;
   std::map<std::pair<Operation, bool>, std::vector<KeychainStatus>> failures_;
   std::vector<std::string> calls_;
@@ -134,6 +138,7 @@ class MemoryNotifications : public UserNotifications {
   void requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) override;
   void add(const UserNotification& notification) override { delivered_.push_back(notification); }
   [[nodiscard]] const std::vector<UserNotification>& delivered() const { return delivered_; }
+  void forget() { delivered_.clear(); }
   std::expected<bool, std::string> authorization = true;
   int authorizationRequests = 0;
 
@@ -183,7 +188,8 @@ class MemoryUpdater : public Updater {
 };
 
 /// The network: sockets and requests stay where the test can see, answer, drop or refuse them. Completions run as tasks
-/// of the queue given (the transport's own thread).
+/// of the queue given (the transport's own thread). Any thread; what sockets() and requests() refer to changes with
+/// what happens next.
 class MemoryNetwork {
  public:
   explicit MemoryNetwork(std::shared_ptr<SerialQueue> queue);
@@ -208,6 +214,14 @@ class MemoryNetwork {
   void close(std::size_t socket);
   /// Sends fail from now on.
   void failSends(std::size_t socket, bool fails);
+  /// Runs for every socket that is started; open() and refuse() are for later.
+  void onStart(std::function<void(std::size_t socket)> hook);
+  /// Runs for every request that is sent, unless answerAll() answers it; answer() is for later.
+  void onRequest(std::function<void(std::size_t request)> hook);
+  /// Runs for every text frame that a socket accepts.
+  void onFrame(std::function<void(std::size_t socket, const std::string& text)> hook);
+  /// Forgets the frames that were sent, so that a long run does not keep them all.
+  void forgetFrames();
   /// Sends stay unanswered until released.
   void holdSends(std::size_t socket, bool hold);
 

@@ -33,6 +33,7 @@ class MemoryWebSocketTask : public WebSocketTask {
 }  // namespace
 
 std::unique_ptr<WebSocketTask> MemoryNetwork::State::start(const WebSocketRequest& request, WebSocketEvents events) {
+  const std::scoped_lock lock(mutex);
   const std::size_t number = sockets.size();
   sockets.push_back(
       {.number = number, .request = request, .isOpen = false, .isCancelled = false, .closeCode = {}, .sent = {}});
@@ -42,6 +43,7 @@ std::unique_ptr<WebSocketTask> MemoryNetwork::State::start(const WebSocketReques
   connection.timeout = queue->after(request.timeout, [alive, number] {
     if (const auto state = alive.lock()) state->end(number, "The request timed out.");
   });
+  if (onStart) onStart(number);
   return std::make_unique<MemoryWebSocketTask>(MemoryWebSocketTask::Calls{
       .send =
           [alive, number](std::string text, SendCompletion completion) {
@@ -69,12 +71,14 @@ void MemoryNetwork::State::postToClient(std::size_t socket, Task call) {
 }
 
 void MemoryNetwork::State::send(std::size_t socket, std::string text, SendCompletion completion) {
+  const std::scoped_lock lock(mutex);
   if (connections[socket].ending || sockets[socket].isOpen)
     return take(socket, {std::move(text), std::move(completion)});
   connections[socket].unsent.push_back({std::move(text), std::move(completion)});
 }
 
 void MemoryNetwork::State::take(std::size_t socket, MemoryConnection::Send send) {
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections[socket];
   std::expected<void, TransportError> outcome;
   if (connection.ending) {
@@ -82,6 +86,7 @@ void MemoryNetwork::State::take(std::size_t socket, MemoryConnection::Send send)
   } else if (connection.failsSends) {
     outcome = std::unexpected(TransportError{"The message could not be sent."});
   } else {
+    if (onFrame) onFrame(socket, send.text);
     sockets[socket].sent.push_back(std::move(send.text));
     if (connection.holdsSends) return connection.unanswered.push_back(std::move(send.completion));
   }
@@ -89,6 +94,7 @@ void MemoryNetwork::State::take(std::size_t socket, MemoryConnection::Send send)
 }
 
 void MemoryNetwork::State::release(std::size_t socket) {
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections[socket];
   std::expected<void, TransportError> outcome;
   if (connection.ending) outcome = std::unexpected(*connection.ending);
@@ -98,6 +104,7 @@ void MemoryNetwork::State::release(std::size_t socket) {
 }
 
 void MemoryNetwork::State::receive(std::size_t socket, ReceiveCompletion completion) {
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections[socket];
   if (!connection.frames.empty()) {
     Bytes frame = std::move(connection.frames.front());
@@ -113,6 +120,7 @@ void MemoryNetwork::State::receive(std::size_t socket, ReceiveCompletion complet
 }
 
 void MemoryNetwork::State::cancel(std::size_t socket, std::uint16_t closeCode) {
+  const std::scoped_lock lock(mutex);
   if (connections[socket].ending) return;
   sockets[socket].isCancelled = true;
   sockets[socket].closeCode = closeCode;
@@ -120,15 +128,19 @@ void MemoryNetwork::State::cancel(std::size_t socket, std::uint16_t closeCode) {
 }
 
 void MemoryNetwork::State::drop(std::size_t socket) {
+  // What goes here may call back in while it goes.
+  MemoryConnection gone;
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections[socket];
   if (!connection.ending) sockets[socket].isCancelled = true;
   sockets[socket].isOpen = false;
-  const MemoryConnection gone = std::exchange(connection, {});
+  gone = std::exchange(connection, {});
   connection.ending = TransportError{"The connection was dropped."};
   connection.client.reset();
 }
 
 void MemoryNetwork::State::open(std::size_t socket) {
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections.at(socket);
   if (connection.ending || sockets[socket].isOpen) return;
   sockets[socket].isOpen = true;
@@ -141,6 +153,7 @@ void MemoryNetwork::State::open(std::size_t socket) {
 }
 
 void MemoryNetwork::State::deliver(std::size_t socket, const std::string& text) {
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections.at(socket);
   if (!sockets[socket].isOpen) return;
   if (text.size() > limits::frameBytes) return end(socket, "The message is too long.");
@@ -151,6 +164,7 @@ void MemoryNetwork::State::deliver(std::size_t socket, const std::string& text) 
 }
 
 void MemoryNetwork::State::end(std::size_t socket, const std::string& description) {
+  const std::scoped_lock lock(mutex);
   MemoryConnection& connection = connections.at(socket);
   if (connection.ending) return;
   connection.ending = TransportError{description};
