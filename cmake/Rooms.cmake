@@ -22,6 +22,14 @@ if(TALLYFOX_COVERAGE)
   target_link_options(tallyfox_flags INTERFACE --coverage)
 endif()
 
+# What the simulation runs thousands of times is optimised a little in debug builds too; what measures or watches the
+# code has options of its own.
+function(tallyfox_optimize_debug target)
+  if(NOT TALLYFOX_SANITIZE AND NOT TALLYFOX_COVERAGE)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Debug>:-Og>)
+  endif()
+endfunction()
+
 # tallyfox_room(NAME [LINK targets...] [PCH headers...]): the library tallyfox_NAME from the .cpp files of this folder.
 function(tallyfox_room name)
   cmake_parse_arguments(ROOM "" "" "LINK;PCH" ${ARGN})
@@ -29,6 +37,7 @@ function(tallyfox_room name)
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   add_library(tallyfox_${name} STATIC ${sources})
   target_link_libraries(tallyfox_${name} PUBLIC tallyfox_flags ${ROOM_LINK})
+  tallyfox_optimize_debug(tallyfox_${name})
   if(ROOM_PCH AND TALLYFOX_PRECOMPILE)
     target_precompile_headers(tallyfox_${name} PRIVATE ${ROOM_PCH})
   endif()

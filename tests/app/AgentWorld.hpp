@@ -71,6 +71,15 @@ struct AgentWorld {
     return std::ranges::count(console.lines(), line);
   }
   [[nodiscard]] Date now() { return time.clock().now(); }
+  /// Drops what was recorded, so that a long run does not keep it all.
+  void forget() {
+    desktop.clearDeeds();
+    network.forgetFrames();
+    console.clear();
+    notifications.forget();
+    interface.calls.clear();
+    interface.counts.erase(interface.counts.begin(), interface.counts.end() - (interface.counts.empty() ? 0 : 1));
+  }
 
   memory::VirtualTime time;
   std::shared_ptr<SerialQueue> mainQueue = time.makeQueue("main");
