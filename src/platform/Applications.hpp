@@ -36,16 +36,18 @@ class Applications {
 
   /// In a stable order, each process once. Any thread.
   [[nodiscard]] virtual std::vector<RunningApplication> runningApplications() = 0;
-  /// Absent when no application has this process id. Any thread.
+  /// Absent when no application has this process id. One that has just ended may still be there, terminated. Any
+  /// thread.
   [[nodiscard]] virtual std::optional<RunningApplication> application(std::int32_t processIdentifier) = 0;
-  /// The applications with this identifier. Any thread.
+  /// The applications with exactly this identifier. Any thread.
   [[nodiscard]] virtual std::vector<RunningApplication> applicationsWithBundleIdentifier(
       const std::string& identifier) = 0;
-  /// Asks an application politely to quit; does not wait.
+  /// Asks an application politely to quit and does not wait: one that hangs goes on. Never asks this process.
   virtual void terminate(std::int32_t processIdentifier) = 0;
-  /// The agent's own process id.
+  /// The agent's own process id. Any thread.
   [[nodiscard]] virtual std::int32_t ownProcessIdentifier() = 0;
-  /// Main thread only; callbacks arrive as tasks of the main queue.
+  /// What happens from now on; an application is told launched once and terminated once. Main thread only; callbacks
+  /// arrive as tasks of the main queue, never inside a call.
   [[nodiscard]] virtual std::unique_ptr<Subscription> observe(std::function<void(const WorkspaceEvent&)> onEvent) = 0;
 };
 

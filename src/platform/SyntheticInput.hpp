@@ -25,18 +25,19 @@ struct MouseEvent {
   bool operator==(const MouseEvent&) const = default;
 };
 
-/// An event that was created and can be posted once.
+/// An event that was created and can be posted once; posting it again does nothing.
 class SyntheticEvent {
  public:
   virtual ~SyntheticEvent() = default;
-  /// Delivers the event to one process; does nothing when the system cannot direct it there (Linux: when that process
-  /// does not own the focused window, for keys, or the topmost window at the point, for the mouse).
+  /// Delivers the event to one process and never to another; does nothing when the system cannot direct it there: for
+  /// the mouse, when that process does not own the topmost window at the point; for keys (Linux), when it does not own
+  /// the focused window.
   virtual void postToProcess(std::int32_t processIdentifier) = 0;
   /// Delivers the event as if the hardware had made it.
   virtual void postGlobally() = 0;
 };
 
-/// Makes key and left-button mouse events. Main thread only. Nothing is given where the system has no synthetic input.
+/// Makes key and left-button mouse events. Main thread only. Gives nothing where the system has no synthetic input.
 class SyntheticInput {
  public:
   virtual ~SyntheticInput() = default;

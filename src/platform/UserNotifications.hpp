@@ -17,9 +17,10 @@ struct UserNotification {
 class UserNotifications {
  public:
   virtual ~UserNotifications() = default;
-  /// Asks for alerts and sound; the answer (or an error text) arrives on the main queue.
+  /// Asks for alerts and sound. The answer, or why there is none, arrives once as a task of the main queue, never
+  /// inside the call.
   virtual void requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) = 0;
-  /// Delivered at once; failure is silent.
+  /// Delivered at once, in order; failure, also for want of authorization, is silent.
   virtual void add(const UserNotification& notification) = 0;
 };
 

@@ -13,15 +13,16 @@ namespace tallyfox {
 struct WindowInfo {
   std::optional<std::int32_t> ownerProcessIdentifier;
   std::optional<std::string> ownerName;
-  std::optional<std::string> name;
+  std::optional<std::string> name;    ///< absent when the window has no title
   std::optional<std::int64_t> layer;  ///< 0 normal, above 0 panels and the like, below 0 the desktop
-  std::optional<DialogFrame> bounds;  ///< points, top-left origin
+  std::optional<DialogFrame> bounds;  ///< what can be seen; points, top-left origin
   std::optional<double> alpha;        ///< 0 invisible to 1 opaque
 
   bool operator==(const WindowInfo&) const = default;
 };
 
-/// The window server's list of windows, front to back. One cheap question, independent of any application. Any thread.
+/// The window server's list of windows, front to back and so the higher layers first. One cheap question, independent
+/// of any application. Any thread.
 class WindowList {
  public:
   virtual ~WindowList() = default;
