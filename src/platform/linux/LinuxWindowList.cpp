@@ -24,7 +24,7 @@ std::vector<WindowInfo> LinuxWindowList::windows(bool includeAllSpaces) {
     if (!isOnScreen && !includeAllSpaces) continue;
     infos.push_back({.ownerProcessIdentifier = window.processIdentifier,
                      .ownerName = ownerNameOf(window),
-                     .name = window.title,
+                     .name = window.title.empty() ? std::nullopt : std::optional(window.title),
                      .layer = window.layer,
                      .bounds = window.visibleFrame,
                      .alpha = window.opacity});
