@@ -71,6 +71,8 @@ TEST(MemoryNotifications, answersAsPlannedAndKeepsWhatWasDelivered) {
   notifications.requestAuthorization([&](const std::expected<bool, std::string>& answer) { error = answer.error(); });
   EXPECT_EQ(error, "not allowed");
   EXPECT_EQ(notifications.authorizationRequests, 1);
+  notifications.add({"id", "unauthorized", "body"});
+  notifications.authorization = true;
   notifications.add({"id", "title", "body"});
   EXPECT_EQ(notifications.delivered(), (std::vector<UserNotification>{{"id", "title", "body"}}));
 }

@@ -86,7 +86,12 @@ bool MemoryInstanceLock::isHeld(const std::string& fileName) const {
 
 void MemoryNotifications::requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) {
   ++authorizationRequests;
-  completion(authorization);
+  if (mainQueue_ == nullptr) return completion(authorization);
+  mainQueue_->post([completion = std::move(completion), answer = authorization] { completion(answer); });
+}
+
+void MemoryNotifications::add(const UserNotification& notification) {
+  if (authorization == true) delivered_.push_back(notification);
 }
 
 std::expected<void, std::string> MemoryLoginItemService::registerItem() {

@@ -133,16 +133,22 @@ class MemoryInstanceLock : public InstanceLock {
   bool unavailable_ = false;
 };
 
+/// Answers as planned, and keeps what is delivered while that answer is yes.
 class MemoryNotifications : public UserNotifications {
  public:
+  /// Without a main queue the answer comes inside the call.
+  MemoryNotifications() = default;
+  explicit MemoryNotifications(SerialQueue& mainQueue) : mainQueue_(&mainQueue) {}
+
   void requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) override;
-  void add(const UserNotification& notification) override { delivered_.push_back(notification); }
+  void add(const UserNotification& notification) override;
   [[nodiscard]] const std::vector<UserNotification>& delivered() const { return delivered_; }
   void forget() { delivered_.clear(); }
   std::expected<bool, std::string> authorization = true;
   int authorizationRequests = 0;
 
  private:
+  SerialQueue* mainQueue_ = nullptr;
   std::vector<UserNotification> delivered_;
 };
 
