@@ -52,6 +52,7 @@ std::vector<RunningApplication> DesktopWorkspace::applicationsWithBundleIdentifi
 /// The program quits in its own time; one that hangs does not.
 void DesktopWorkspace::terminate(std::int32_t processIdentifier) {
   const std::scoped_lock lock(model_->mutex);
+  if (processIdentifier == ownProcessIdentifier()) return;
   model_->deeds.push_back("terminate pid " + std::to_string(processIdentifier));
   mainQueue_.post([asked = std::weak_ptr(model_), processIdentifier] {
     const auto model = asked.lock();
