@@ -128,6 +128,7 @@ class DesktopModel {
   std::map<ElementID, DesktopElement> elements;
   DesktopEvents events;
   bool isTrusted = true;
+  bool isWindowServerGone = false;
   std::int32_t frontmost = 0;  ///< the application with the focus; 0 when no window is open
   DeedLog deeds;
   std::vector<std::string> presses;

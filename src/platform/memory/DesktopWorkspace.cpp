@@ -75,6 +75,7 @@ std::unique_ptr<Subscription> DesktopWorkspace::observe(std::function<void(const
 std::vector<WindowInfo> DesktopWorkspace::windows(bool includeAllSpaces) {
   const std::scoped_lock lock(model_->mutex);
   std::vector<WindowInfo> list;
+  if (model_->isWindowServerGone) return list;
   for (const ElementID window : model_->windowsFrontToBack()) {
     const DesktopElement& element = model_->element(window);
     const std::optional<DialogFrame> bounds = model_->frame(window);

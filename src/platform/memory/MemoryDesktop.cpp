@@ -195,6 +195,11 @@ void MemoryDesktop::onTouch(std::function<void(const Touch&)> hook) {
   state_->model->onTouch = std::move(hook);
 }
 
+void MemoryDesktop::stopWindowServer() {
+  const auto lock = state_->lock();
+  state_->model->isWindowServerGone = true;
+}
+
 ElementID MemoryDesktop::find(ElementID root, const std::string& role, const std::string& titleOrDescription) const {
   const auto lock = state_->lock();
   const DesktopModel& model = *state_->model;

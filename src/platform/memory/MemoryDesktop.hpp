@@ -127,6 +127,8 @@ class MemoryDesktop {
   void onMessage(std::function<std::optional<AXError>(const Message&)> hook);
   /// Runs before every touch; what it sees is the desktop as the touch finds it.
   void onTouch(std::function<void(const Touch&)> hook);
+  /// The window list is empty from now on, whatever is open.
+  void stopWindowServer();
 
   [[nodiscard]] ElementID find(ElementID root, const std::string& role, const std::string& titleOrDescription) const;
   [[nodiscard]] bool exists(ElementID element) const;
