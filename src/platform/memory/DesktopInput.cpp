@@ -75,14 +75,16 @@ ElementID DesktopInput::buttonFor(KeyCode key, std::int32_t pid) const {
 /// Space presses when it is let go, Return and Escape when they go down, as in most toolkits.
 void DesktopInput::deliver(const KeyEvent& event, std::optional<std::int32_t> pid) {
   const std::scoped_lock lock(model_.mutex);
-  const std::string key = std::to_string(std::to_underlying(event.key)) + (event.isDown ? " down" : " up");
-  model_.deeds.push_back("key " + key + " " + target(pid));
+  const std::string name = std::to_string(std::to_underlying(event.key)) + (event.isDown ? " down" : " up");
+  model_.deeds.push_back("key " + name + " " + target(pid));
   const std::int32_t receiver = pid.value_or(model_.frontmost);
   if (!model_.applications.contains(receiver)) return;
   ElementID button = buttonFor(event.key, receiver);
   if (!model_.exists(button) || model_.text(button, AXAttribute::role) != ax_role::button) button = 0;
-  if (model_.onTouch) model_.onTouch({Touch::Kind::key, key, button});
-  if (!answers(receiver) || !model_.applications.at(receiver).heedsKeys) return;
+  if (model_.onTouch) model_.onTouch({Touch::Kind::key, name, button});
+  if (!answers(receiver)) return;
+  model_.input[receiver].push_back("key " + name);
+  if (!model_.applications.at(receiver).heedsKeys) return;
   if (event.key == KeyCode::space) {
     const ElementID held = std::exchange(heldBySpace_, event.isDown ? button : 0);
     if (event.isDown || held != button) return;
@@ -101,12 +103,14 @@ ElementID DesktopInput::buttonAt(AXPoint point) const {
 void DesktopInput::deliver(const MouseEvent& event, std::optional<std::int32_t> pid) {
   const std::scoped_lock lock(model_.mutex);
   std::ostringstream deed;
-  deed << "mouse " << name(event.kind) << ' ' << event.position.x << ',' << event.position.y << ' ' << target(pid);
-  model_.deeds.push_back(deed.str());
+  deed << "mouse " << name(event.kind) << ' ' << event.position.x << ',' << event.position.y;
+  model_.deeds.push_back(deed.str() + " " + target(pid));
   const ElementID window = model_.windowAt(event.position);
   const std::int32_t owner = window == 0 ? 0 : model_.element(window).processIdentifier;
   if (model_.onTouch) model_.onTouch({Touch::Kind::mouse, std::string(name(event.kind)), buttonAt(event.position)});
-  if (!answers(owner) || pid.value_or(owner) != owner || !model_.applications.at(owner).heedsMouse) return;
+  if (!answers(owner) || pid.value_or(owner) != owner) return;
+  model_.input[owner].push_back(deed.str());
+  if (!model_.applications.at(owner).heedsMouse) return;
   const ElementID button = buttonAt(event.position);
   if (event.kind == MouseEventKind::leftDown) {
     heldByMouse_ = button;

@@ -132,6 +132,7 @@ class DesktopModel {
   std::int32_t frontmost = 0;  ///< the application with the focus; 0 when no window is open
   DeedLog deeds;
   std::vector<std::string> presses;
+  std::map<std::int32_t, std::vector<std::string>> input;  ///< what reached each application, heeded or not
   std::function<std::optional<AXError>(const Message&)> onMessage;
   std::function<void(const Touch&)> onTouch;
 

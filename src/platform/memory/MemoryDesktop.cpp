@@ -232,6 +232,11 @@ const std::vector<std::string>& MemoryDesktop::presses() const {
   return state_->model->presses;
 }
 
+std::vector<std::string> MemoryDesktop::input(std::int32_t pid) const {
+  const auto found = state_->model->input.find(pid);
+  return found == state_->model->input.end() ? std::vector<std::string>() : found->second;
+}
+
 MemoryDesktop::Traffic MemoryDesktop::traffic() const {
   const auto lock = state_->lock();
   return state_->accessibility.traffic;

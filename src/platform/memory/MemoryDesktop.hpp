@@ -137,6 +137,8 @@ class MemoryDesktop {
   [[nodiscard]] const DeedLog& deeds() const;
   /// Buttons that were really pressed, by title (else description), in order.
   [[nodiscard]] const std::vector<std::string>& presses() const;
+  /// Keys and mouse events that reached this application, heeded or not, in order: "key 49 down", "mouse moved 5,8".
+  [[nodiscard]] std::vector<std::string> input(std::int32_t pid) const;
   /// Messages and rounds of messages sent to applications since the last reset: a read scope costs one message per
   /// element and one round per level of the tree, a read without one costs one of each.
   struct Traffic {
