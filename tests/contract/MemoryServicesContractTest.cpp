@@ -7,7 +7,9 @@
 #include "contract/LoginItemServiceContract.hpp"
 #include "contract/SettingsOpenerContract.hpp"
 #include "contract/UserDefaultsContract.hpp"
+#include "contract/UserNotificationsContract.hpp"
 #include "platform/memory/MemoryServices.hpp"
+#include "platform/memory/VirtualTime.hpp"
 
 namespace tallyfox::contract {
 namespace {
@@ -102,6 +104,38 @@ class MemorySettingsBackend {
   memory::MemorySettingsOpener settings_;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, SettingsOpenerContract, MemorySettingsBackend);
+
+class MemoryNotificationsBackend {
+ public:
+  UserNotifications& notifications() { return notifications_; }
+  SerialQueue& mainQueue() { return *mainQueue_; }
+  void onMain(const std::function<void()>& work) {
+    bool isDone = false;
+    mainQueue_->post([&] {
+      work();
+      isDone = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return isDone; }));
+  }
+  bool waitUntil(const std::function<bool()>& condition) { return time_.advanceUntil(condition, Seconds{5}); }
+  [[nodiscard]] std::vector<std::pair<std::string, std::string>> shown() const {
+    std::vector<std::pair<std::string, std::string>> shown;
+    for (const UserNotification& notification : notifications_.delivered())
+      shown.emplace_back(notification.title, notification.body);
+    return shown;
+  }
+  void removeService() { notifications_.authorization = std::unexpected("There is no notification service."); }
+  bool decline() {
+    notifications_.authorization = false;
+    return true;
+  }
+
+ private:
+  memory::VirtualTime time_;
+  std::shared_ptr<SerialQueue> mainQueue_ = time_.makeQueue("main");
+  memory::MemoryNotifications notifications_{*mainQueue_};
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, UserNotificationsContract, MemoryNotificationsBackend);
 
 }  // namespace
 }  // namespace tallyfox::contract
