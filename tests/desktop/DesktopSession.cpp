@@ -124,6 +124,12 @@ void DesktopProcess::signal(int number) const {
   if (!exitStatus_) kill(pid_, number);
 }
 
+void DesktopProcess::setStopped(bool isStopped) const {
+  signal(isStopped ? SIGSTOP : SIGCONT);
+  siginfo_t ignored{};
+  if (isStopped && !exitStatus_) waitid(P_PID, static_cast<id_t>(pid_), &ignored, WSTOPPED | WEXITED | WNOWAIT);
+}
+
 std::optional<int> DesktopProcess::waitForExit(Seconds atMost) {
   (void)DesktopSession::waitUntil(
       [this] {

@@ -24,6 +24,8 @@ class DesktopProcess {
 
   [[nodiscard]] pid_t pid() const { return pid_; }
   void signal(int number) const;
+  /// Stops it, returning once it no longer runs, or lets it go on.
+  void setStopped(bool isStopped) const;
   /// The exit status (128 + number for a signal); absent while it still runs when the time is up.
   [[nodiscard]] std::optional<int> waitForExit(Seconds atMost = Seconds(10));
   [[nodiscard]] bool isRunning() { return !waitForExit(Seconds(0)); }

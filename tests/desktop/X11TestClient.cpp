@@ -21,9 +21,10 @@ X11TestClient::X11TestClient(const std::string& display) : connection_(xcb_conne
 
 xcb_window_t X11TestClient::create(const WindowOptions& options) {
   const xcb_window_t window = xcb_generate_id(connection_.get());
-  const std::uint32_t values[] = {options.isUnmanaged ? 1U : 0U, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
-                                                                     XCB_EVENT_MASK_BUTTON_PRESS |
-                                                                     XCB_EVENT_MASK_BUTTON_RELEASE};
+  const std::uint32_t motion = options.hearsMotion ? std::uint32_t{XCB_EVENT_MASK_POINTER_MOTION} : 0U;
+  const std::uint32_t values[] = {options.isUnmanaged ? 1U : 0U,
+                                  motion | XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                                      XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE};
   xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, window, root(), options.x, options.y, options.width,
                     options.height, 0,
                     options.takesOnlyInput ? XCB_WINDOW_CLASS_INPUT_ONLY : XCB_WINDOW_CLASS_INPUT_OUTPUT,
@@ -137,12 +138,23 @@ std::vector<std::uint32_t> X11TestClient::numbers(xcb_window_t window, const std
   return {first, first + xcb_get_property_value_length(reply.get()) / 4};
 }
 
+std::vector<X11TestClient::InputEvent> X11TestClient::takeEvents() {
+  std::vector<InputEvent> events;
+  while (const auto event = owned(xcb_poll_for_event(connection_.get()))) {
+    // All of these have one layout.
+    const auto& input = reinterpret_cast<const xcb_button_press_event_t&>(*event);
+    const auto type = static_cast<std::uint8_t>(event->response_type & 0x7F);
+    if (type >= XCB_KEY_PRESS && type <= XCB_MOTION_NOTIFY)
+      events.push_back({type, input.detail, input.root_x, input.root_y});
+  }
+  return events;
+}
+
 std::vector<std::string> X11TestClient::takeInput() {
   std::vector<std::string> input;
-  while (const auto event = owned(xcb_poll_for_event(connection_.get()))) {
-    const auto& button = reinterpret_cast<const xcb_button_press_event_t&>(*event);
-    const std::string which = button.detail == 1 ? "" : fmt::format("{} ", button.detail);
-    switch (event->response_type & 0x7F) {
+  for (const InputEvent& event : takeEvents()) {
+    const std::string which = event.detail == 1 ? "" : fmt::format("{} ", event.detail);
+    switch (event.type) {
       case XCB_KEY_PRESS:
         input.emplace_back("key press");
         break;
@@ -150,10 +162,10 @@ std::vector<std::string> X11TestClient::takeInput() {
         input.emplace_back("key release");
         break;
       case XCB_BUTTON_PRESS:
-        input.push_back(fmt::format("{}button press {},{}", which, button.root_x, button.root_y));
+        input.push_back(fmt::format("{}button press {},{}", which, event.x, event.y));
         break;
       case XCB_BUTTON_RELEASE:
-        input.push_back(fmt::format("{}button release {},{}", which, button.root_x, button.root_y));
+        input.push_back(fmt::format("{}button release {},{}", which, event.x, event.y));
         break;
       default:
         break;

@@ -24,6 +24,7 @@ class X11TestClient {
     std::uint16_t height = 200;
     bool isUnmanaged = false;  ///< override-redirect
     bool takesOnlyInput = false;
+    bool hearsMotion = false;
     std::string title = {};
   };
 
@@ -52,8 +53,16 @@ class X11TestClient {
   void removeProperty(xcb_window_t window, const std::string& property);
   void tellWindowManager(xcb_window_t window, const std::string& message, const std::array<std::uint32_t, 5>& data);
 
-  /// "key press", "key release", "button press 12,7", "button release ..." (the
-  /// logical number in front for all but the left button): what came since the last call, in order.
+  struct InputEvent {
+    std::uint8_t type = 0;  ///< XCB_KEY_PRESS, XCB_KEY_RELEASE, XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE, XCB_MOTION_NOTIFY
+    std::uint8_t detail = 0;  ///< the number of the key or the logical one of the button
+    std::int16_t x = 0;       ///< on the screen
+    std::int16_t y = 0;
+  };
+  /// What came since the last call, in order.
+  [[nodiscard]] std::vector<InputEvent> takeEvents();
+  /// The same but for motion in words: "key press", "key release", "button press 12,7", "button release ..." (the
+  /// logical number in front for all but the left button).
   [[nodiscard]] std::vector<std::string> takeInput();
   /// What came until `count` entries were there, or the time was up.
   [[nodiscard]] std::vector<std::string> awaitInput(std::size_t count, Seconds atMost = Seconds(5));
@@ -67,6 +76,7 @@ class X11TestClient {
   /// Through XTEST; `symbol` as X numbers it.
   void fakeKey(std::uint32_t symbol, bool isDown);
   [[nodiscard]] bool isKeyDown(std::uint32_t symbol);
+  [[nodiscard]] std::uint8_t keyNumber(std::uint32_t symbol);
   /// Takes a key off the keyboard map.
   void unmapKey(std::uint32_t symbol);
 
@@ -78,7 +88,6 @@ class X11TestClient {
  private:
   [[nodiscard]] std::vector<std::uint32_t> numbers(xcb_window_t window, const std::string& property);
   [[nodiscard]] xcb_atom_t atom(const std::string& name);
-  [[nodiscard]] std::uint8_t keyNumber(std::uint32_t symbol);
 
   struct Disconnect {
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
