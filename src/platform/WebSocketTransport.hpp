@@ -43,7 +43,8 @@ class WebSocketTask {
   /// The next frame (text as its UTF-8 bytes), once. Also fails when the connection could not be opened. A frame over
   /// limits::frameBytes ends the connection.
   virtual void receive(std::function<void(std::expected<Bytes, TransportError>)> completion) = 0;
-  /// Closes with this code and no reason; pending calls fail.
+  /// Closes with this code and no reason; pending calls fail. Only the first call counts. Any thread, also inside a
+  /// callback.
   virtual void cancel(std::uint16_t closeCode) = 0;
 };
 

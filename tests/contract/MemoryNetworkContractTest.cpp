@@ -18,6 +18,14 @@ class MemoryServer {
   void pass(Seconds duration) {
     run([] { return false; }, duration);
   }
+  void onAnotherThread(const std::function<void()>& work) {
+    bool isDone = false;
+    other_->post([&] {
+      work();
+      isDone = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return isDone; }));
+  }
 
  protected:
   virtual void serve() = 0;
@@ -34,6 +42,8 @@ class MemoryServer {
         },
         limit);
   }
+
+  std::shared_ptr<SerialQueue> other_ = time.makeQueue("other");
 };
 
 class MemoryWebSocketBackend : public MemoryServer {

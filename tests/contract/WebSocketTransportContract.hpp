@@ -10,6 +10,7 @@
 ///   std::string silentUrl();     takes connections and never says a word
 ///   bool waitUntil(const std::function<bool()>& condition);   bounded; says whether the condition holds
 ///   void pass(Seconds duration);                 lets this much of the transport's time pass
+///   void onAnotherThread(const std::function<void()>& work);   returns when it is done
 /// and of the server's newest connection
 ///   std::optional<std::string> requestHeader(const std::string& lowerCaseName);
 ///   std::optional<std::uint16_t> closeCode();    of the close frame that the client sent, if one came
@@ -179,6 +180,38 @@ TYPED_TEST_P(WebSocketTransportContract, sendsTheCloseCodeOfACancel) {
   EXPECT_TRUE(this->waitFor("send failed"));
 }
 
+TYPED_TEST_P(WebSocketTransportContract, isCancelledFromAnyThread) {
+  const auto task = this->opened();
+  this->receive(*task);
+  this->backend.onAnotherThread([&] { task->cancel(1001); });
+  EXPECT_TRUE(this->waitFor("receive failed"));
+  EXPECT_TRUE(this->backend.waitUntil([&] { return this->backend.closeCode() == 1001; }));
+}
+
+TYPED_TEST_P(WebSocketTransportContract, isCancelledInsideACallback) {
+  const auto task = this->opened();
+  task->receive([&task, seen = this->seen](const std::expected<Bytes, TransportError>&) {
+    task->cancel(1001);
+    seen.add("cancelled");
+  });
+  this->backend.sendFromServer("go away");
+  EXPECT_TRUE(this->waitFor("cancelled"));
+  this->receive(*task);
+  EXPECT_TRUE(this->waitFor("receive failed"));
+  EXPECT_TRUE(this->backend.waitUntil([&] { return this->backend.closeCode() == 1001; }));
+}
+
+TYPED_TEST_P(WebSocketTransportContract, sendsTheCodeOfTheFirstCancelAlone) {
+  const auto task = this->opened();
+  this->receive(*task);
+  task->cancel(1001);
+  task->cancel(1000);
+  EXPECT_TRUE(this->backend.waitUntil([&] { return this->backend.closeCode().has_value(); }));
+  EXPECT_EQ(this->backend.closeCode(), 1001);
+  EXPECT_TRUE(this->waitFor("receive failed"));
+  EXPECT_EQ(this->seen.count("receive failed"), 1U);
+}
+
 TYPED_TEST_P(WebSocketTransportContract, isSilentOnceDestroyed) {
   auto task = this->opened();
   this->receive(*task);
@@ -222,6 +255,7 @@ REGISTER_TYPED_TEST_SUITE_P(WebSocketTransportContract, opensAndCarriesTextBothW
                             failsTheReceiveAloneWhenNobodyListens, failsAReceiveAskedForAfterTheConnectionFailed,
                             givesUpOnAServerThatNeverAnswers, hasNoTimeLimitOnceOpen,
                             reportsTheServersCloseOnceAndFailsTheReceive, sendsTheCloseCodeOfACancel,
+                            isCancelledFromAnyThread, isCancelledInsideACallback, sendsTheCodeOfTheFirstCancelAlone,
                             isSilentOnceDestroyed, isSilentWhenDestroyedWhileConnecting, takesAFrameOfAMegabyte,
                             endsTheConnectionOnAFrameThatIsTooLarge);
 

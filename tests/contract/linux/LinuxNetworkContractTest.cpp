@@ -9,6 +9,7 @@
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <deque>
 #include <mutex>
+#include <thread>
 
 #include "base/Text.hpp"
 #include "contract/HttpClientContract.hpp"
@@ -118,6 +119,7 @@ class RealTime {
  public:
   bool waitUntil(const std::function<bool()>& condition) { return testing_network::waitUntil(condition); }
   void pass(Seconds duration) { linux_os::LinuxClock().sleep(duration); }
+  void onAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
 };
 
 class BeastWebSocketBackend : public RealTime {
