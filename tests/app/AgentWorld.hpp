@@ -92,7 +92,7 @@ struct AgentWorld {
   memory::MemoryUserDefaults defaults;
   memory::MemoryBundle bundle;
   memory::MemoryInstanceLock instanceLock;
-  memory::MemoryNotifications notifications;
+  memory::MemoryNotifications notifications{*mainQueue};
   memory::MemoryLoginItemService loginItemService;
   memory::MemorySettingsOpener settings;
   memory::MemoryUpdater updater;

@@ -165,7 +165,6 @@ class ThreadedRun : public testing::Test {
   memory::MemoryUserDefaults defaults;
   memory::MemoryBundle bundle;
   memory::MemoryInstanceLock instanceLock;
-  memory::MemoryNotifications notifications;
   memory::MemoryLoginItemService loginItemService;
   memory::MemorySettingsOpener settings;
   SilentInterface interface;
@@ -182,6 +181,7 @@ class ThreadedRun : public testing::Test {
   std::vector<std::int32_t> applications;
 
   ThreadQueue mainQueue{"main"};
+  memory::MemoryNotifications notifications{mainQueue};
   memory::MemoryDesktop desktop{clock, mainQueue};
   memory::MemoryNetwork network{std::make_shared<ThreadQueue>("network")};
   ThreadQueue scanQueue{"scan"};

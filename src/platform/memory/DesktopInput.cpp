@@ -75,15 +75,15 @@ ElementID DesktopInput::buttonFor(KeyCode key, std::int32_t pid) const {
 /// Space presses when it is let go, Return and Escape when they go down, as in most toolkits.
 void DesktopInput::deliver(const KeyEvent& event, std::optional<std::int32_t> pid) {
   const std::scoped_lock lock(model_.mutex);
-  const std::string name = std::to_string(std::to_underlying(event.key)) + (event.isDown ? " down" : " up");
-  model_.deeds.push_back("key " + name + " " + target(pid));
+  const std::string stroke = std::to_string(std::to_underlying(event.key)) + (event.isDown ? " down" : " up");
+  model_.deeds.push_back("key " + stroke + " " + target(pid));
   const std::int32_t receiver = pid.value_or(model_.frontmost);
   if (!model_.applications.contains(receiver)) return;
   ElementID button = buttonFor(event.key, receiver);
   if (!model_.exists(button) || model_.text(button, AXAttribute::role) != ax_role::button) button = 0;
-  if (model_.onTouch) model_.onTouch({Touch::Kind::key, name, button});
+  if (model_.onTouch) model_.onTouch({Touch::Kind::key, stroke, button});
   if (!answers(receiver)) return;
-  model_.input[receiver].push_back("key " + name);
+  model_.input[receiver].push_back("key " + stroke);
   if (!model_.applications.at(receiver).heedsKeys) return;
   if (event.key == KeyCode::space) {
     const ElementID held = std::exchange(heldBySpace_, event.isDown ? button : 0);

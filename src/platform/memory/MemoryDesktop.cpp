@@ -233,6 +233,7 @@ const std::vector<std::string>& MemoryDesktop::presses() const {
 }
 
 std::vector<std::string> MemoryDesktop::input(std::int32_t pid) const {
+  const auto lock = state_->lock();
   const auto found = state_->model->input.find(pid);
   return found == state_->model->input.end() ? std::vector<std::string>() : found->second;
 }

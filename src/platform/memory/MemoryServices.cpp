@@ -86,8 +86,7 @@ bool MemoryInstanceLock::isHeld(const std::string& fileName) const {
 
 void MemoryNotifications::requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) {
   ++authorizationRequests;
-  if (mainQueue_ == nullptr) return completion(authorization);
-  mainQueue_->post([completion = std::move(completion), answer = authorization] { completion(answer); });
+  mainQueue_.post([completion = std::move(completion), answer = authorization] { completion(answer); });
 }
 
 void MemoryNotifications::add(const UserNotification& notification) {

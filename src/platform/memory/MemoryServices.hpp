@@ -136,9 +136,7 @@ class MemoryInstanceLock : public InstanceLock {
 /// Answers as planned, and keeps what is delivered while that answer is yes.
 class MemoryNotifications : public UserNotifications {
  public:
-  /// Without a main queue the answer comes inside the call.
-  MemoryNotifications() = default;
-  explicit MemoryNotifications(SerialQueue& mainQueue) : mainQueue_(&mainQueue) {}
+  explicit MemoryNotifications(SerialQueue& mainQueue) : mainQueue_(mainQueue) {}
 
   void requestAuthorization(std::function<void(std::expected<bool, std::string>)> completion) override;
   void add(const UserNotification& notification) override;
@@ -148,7 +146,7 @@ class MemoryNotifications : public UserNotifications {
   int authorizationRequests = 0;
 
  private:
-  SerialQueue* mainQueue_ = nullptr;
+  SerialQueue& mainQueue_;
   std::vector<UserNotification> delivered_;
 };
 

@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include <fmt/format.h>
+
 namespace tallyfox::sim {
 namespace {
 
@@ -19,13 +21,13 @@ constexpr std::size_t mostDialogs = 10;
 std::vector<std::string> labelsFor(std::size_t choice, const std::string& number) {
   switch (choice) {
     case 0:
-      return {"Keep " + number, "Erase " + number};
+      return {fmt::format("Keep {}", number), fmt::format("Erase {}", number)};
     case 1:
-      return {"Cancel", "Erase " + number};
+      return {"Cancel", fmt::format("Erase {}", number)};
     case 2:
       return {"Cancel", "OK"};
     default:
-      return {"Later " + number, "Delete"};
+      return {fmt::format("Later {}", number), "Delete"};
   }
 }
 
@@ -48,11 +50,12 @@ Screen::Screen(memory::MemoryDesktop& desktop, Clock& clock, Random random)
 
 void Screen::open() {
   if (live().size() >= mostDialogs) return close();
-  const std::string number = "#" + std::to_string(++number_);
-  const std::string line = random_.chance(0.25) ? "Enter your password to go on with " + number + "."
-                                                : "Are you sure you want to delete item " + number + "?";
+  const std::string number = fmt::format("#{}", ++number_);
+  const std::string line = random_.chance(0.25) ? fmt::format("Enter your password to go on with {}.", number)
+                                                : fmt::format("Are you sure you want to delete item {}?", number);
   const DialogFrame frame{50 + 40.0 * static_cast<double>(random_.pick(20)), 100, 420, 180};
-  show(random_.one(applications_), {"Dialog " + number, {line}, labelsFor(random_.pick(4), number)}, frame);
+  show(random_.one(applications_), {fmt::format("Dialog {}", number), {line}, labelsFor(random_.pick(4), number)},
+       frame);
 }
 
 void Screen::show(std::int32_t application, const DialogText& text, const DialogFrame& frame) {
@@ -141,7 +144,7 @@ void Screen::replaceByLookAlike() {
       std::ranges::reverse(text.labels);
       break;
     default:
-      text.labels.back() = "Erase everything #" + std::to_string(++number_);
+      text.labels.back() = fmt::format("Erase everything #{}", ++number_);
       break;
   }
   const std::int32_t application = random_.chance(0.2) ? random_.one(applications_) : gone.application;
