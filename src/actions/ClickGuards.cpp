@@ -17,7 +17,10 @@ bool contains(const std::vector<AXUIElement>& elements, const AXUIElement& eleme
 }  // namespace
 
 bool ClickGuards::isEnabled(const AXUIElement& element) const {
-  return helpers_.boolAttribute(element, AXAttribute::enabled).value_or(true);
+  AnswerWitness witness(helpers_.elements());
+  const auto enabled = AXHelpers(helpers_.accessibility(), witness).boolAttribute(element, AXAttribute::enabled);
+  // Most elements do not say; one that could not be asked has not said so either.
+  return enabled.value_or(!witness.missedAnswers());
 }
 
 bool ClickGuards::matchesApprovedButton(const AXUIElement& element, const ResolvedDialogButton& resolved) const {

@@ -36,6 +36,17 @@ TEST_F(ClickGuardsTest, matchTheApprovedElementLabelAndState) {
   EXPECT_FALSE(guards.matchesApprovedButton(allow.element, allow));
 }
 
+TEST_F(ClickGuardsTest, matchNoButtonThatCouldNotBeAskedWhetherItIsEnabled) {
+  int messages = 0;
+  // The label is read first, the state after it.
+  desktop.onMessage([&messages](const memory::Message&) {
+    return ++messages == 2 ? std::optional(AXError::cannotComplete) : std::nullopt;
+  });
+  EXPECT_FALSE(guards.matchesApprovedButton(allow.element, allow));
+  EXPECT_EQ(messages, 2);
+  EXPECT_TRUE(guards.matchesApprovedButton(allow.element, allow));
+}
+
 TEST_F(ClickGuardsTest, matchNoOtherLabel) {
   const ElementID button = world.button("Allow");
   for (const auto& title : {"allow", "Allow ", "Delete"}) {
