@@ -93,9 +93,9 @@ void AgentLifecycle::startPromptDetection() {
       dependencies_.configuration.eventScanDebounce(),
       lifetime_.guard([this](const std::string& reason) { dependencies_.scanCycle.scheduleScan(reason); }));
   eventMonitor_->start();
-  safetySweepTimer_ =
-      platform.mainQueue.every(dependencies_.configuration.safetySweepInterval(),
-                               lifetime_.guard([this] { dependencies_.scanCycle.scheduleConfirmedScan("safety-sweep"); }));
+  safetySweepTimer_ = platform.mainQueue.every(
+      dependencies_.configuration.safetySweepInterval(),
+      lifetime_.guard([this] { dependencies_.scanCycle.scheduleConfirmedScan("safety-sweep"); }));
   dependencies_.scanCycle.scheduleScan("prompt-detection-started");
 }
 

@@ -226,5 +226,28 @@ TEST_F(MemoryNetworkTest, mayGoBeforeItsClients) {
   EXPECT_EQ(time.pendingTaskCount(), 0U);
 }
 
+TEST_F(MemoryNetworkTest, tellsOfWhatIsStartedAskedAndSent) {
+  network.onStart([this](std::size_t socket) { log.push_back("started " + std::to_string(socket)); });
+  network.onRequest([this](std::size_t request) { log.push_back("asked " + std::to_string(request)); });
+  network.onFrame(
+      [this](std::size_t socket, const std::string& text) { log.push_back(text + " on " + std::to_string(socket)); });
+  const auto task = start();
+  const auto exchange = network.http().send({}, [](const auto&) {});
+  network.open(0);
+  EXPECT_EQ(events(), (std::vector<std::string>{"started 0", "asked 0", "open"}));
+  send(*task, "hello");
+  EXPECT_EQ(events(), (std::vector<std::string>{"hello on 0", "sent"}));
+  EXPECT_EQ(network.sockets()[0].sent, std::vector<std::string>{"hello"});
+  network.forgetFrames();
+  EXPECT_TRUE(network.sockets()[0].sent.empty());
+}
+
+TEST_F(MemoryNetworkTest, tellsOfNoRequestThatIsAnsweredAtOnce) {
+  network.onRequest([](std::size_t) { FAIL(); });
+  network.answerAll(HttpResponse{204});
+  const auto exchange = network.http().send({}, [](const auto&) {});
+  EXPECT_TRUE(network.requests()[0].isAnswered);
+}
+
 }  // namespace
 }  // namespace tallyfox::memory

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/memory/VirtualTime.hpp"
+
 namespace tallyfox::memory {
 namespace {
 
@@ -65,10 +67,14 @@ TEST(MemoryInstanceLock, tellsWhoseLockIsHeld) {
 }
 
 TEST(MemoryNotifications, answersAsPlannedAndKeepsWhatWasDelivered) {
-  MemoryNotifications notifications;
+  VirtualTime time;
+  const auto queue = time.makeQueue("main");
+  MemoryNotifications notifications(*queue);
   notifications.authorization = std::unexpected("not allowed");
   std::string error;
   notifications.requestAuthorization([&](const std::expected<bool, std::string>& answer) { error = answer.error(); });
+  EXPECT_EQ(error, "") << "never inside the call";
+  time.runDue();
   EXPECT_EQ(error, "not allowed");
   EXPECT_EQ(notifications.authorizationRequests, 1);
   notifications.add({"id", "unauthorized", "body"});
