@@ -48,4 +48,12 @@ Scenario Scenario::of(Random& random) {
   return scenario;
 }
 
+Scenario Scenario::ofDays() const {
+  Scenario slow = *this;
+  slow.shortestPause = 20;
+  slow.longestPause = 1200;
+  slow.happenings = 1'000'000'000;
+  return slow;
+}
+
 }  // namespace tallyfox::sim

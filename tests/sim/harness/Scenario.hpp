@@ -10,6 +10,8 @@ namespace tallyfox::sim {
 /// without the others; in some runs nothing goes wrong.
 struct Scenario {
   static Scenario of(Random& random);
+  /// The same faults at the pace of days that go by.
+  [[nodiscard]] Scenario ofDays() const;
 
   // Chances at each message of the agent to an application.
   double messageTimesOut = 0;

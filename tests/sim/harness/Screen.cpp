@@ -62,6 +62,7 @@ void Screen::show(std::int32_t application, const DialogText& text, const Dialog
   const ElementID window =
       desktop_.openWindow(application, memory::messageBox(text.title, text.lines, text.labels, frame));
   everRead_.insert(text);
+  ++opened_;
   dialogs_.push_back({.window = window,
                       .application = application,
                       .text = text,

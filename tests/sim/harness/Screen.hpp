@@ -67,7 +67,7 @@ class Screen {
   /// Whether any dialog has ever read so.
   [[nodiscard]] bool hasEverRead(const DialogText& text) const { return everRead_.contains(text); }
   [[nodiscard]] std::string name(std::int32_t application) const { return names_.at(application); }
-  [[nodiscard]] std::size_t openedCount() const { return dialogs_.size(); }
+  [[nodiscard]] std::size_t openedCount() const { return opened_; }
   /// Forgets the dialogs that are gone.
   void forgetClosed();
 
@@ -91,6 +91,7 @@ class Screen {
   std::set<DialogText> everRead_;
   std::set<memory::ElementID> disabled_;
   int number_ = 0;
+  std::size_t opened_ = 0;
 };
 
 }  // namespace tallyfox::sim

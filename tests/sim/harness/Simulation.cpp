@@ -243,7 +243,7 @@ void Simulation::end() {
 
 void Simulation::live(Seconds duration) {
   const Seconds end = world_.time.clock().continuous() + duration;
-  while (world_.time.clock().continuous() < end) {
+  while (world_.time.clock().continuous() < end && checker_.failures().empty()) {
     world_.time.advance(Seconds(3600));
     screen_.forgetClosed();
     checker_.forget();
@@ -261,6 +261,16 @@ Outcome Simulation::run() {
   const Seconds start = world_.time.clock().continuous();
   while (happened_ < scenario_.happenings && checker_.failures().empty())
     world_.time.advance(Seconds(1));
+  return finish(start);
+}
+
+Outcome Simulation::run(Seconds lifetime) {
+  const Seconds start = world_.time.clock().continuous();
+  live(lifetime);
+  return finish(start);
+}
+
+Outcome Simulation::finish(Seconds start) {
   if (checker_.failures().empty()) comeToRest();
   end();
   return {.failures = checker_.failures(),

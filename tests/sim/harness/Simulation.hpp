@@ -60,7 +60,9 @@ class Simulation {
 
   /// Things go wrong for a while, then nothing does, and at last everything ends.
   Outcome run();
-  /// Things go on going wrong for this long; the world keeps no record of what is over.
+  /// As run(), but things go wrong for so long, and the world keeps no record of what is over.
+  Outcome run(Seconds lifetime);
+  /// Things go on going wrong for this long.
   void live(Seconds duration);
   /// Ends the process as the system does, without warning, and starts no other.
   void kill();
@@ -81,6 +83,7 @@ class Simulation {
   void happen();
   void comeToRest();
   void drainDecisions();
+  Outcome finish(Seconds start);
   void end();
   [[nodiscard]] std::set<DialogText> mutedTexts() const;
 

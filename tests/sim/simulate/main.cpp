@@ -1,26 +1,49 @@
-// Runs seeds of the simulation by hand and tells what came of them: simulate FIRST [COUNT]. A single seed is told as it
-// happens.
+// Runs seeds of the simulation by hand and tells what came of them: simulate FIRST [COUNT [DAYS]]. A single seed is
+// told as it happens; with DAYS each seed lives for so long, at a slower pace.
 
 #include <fmt/format.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 
 #include "sim/harness/Simulation.hpp"
 
+namespace {
+
+using tallyfox::sim::Outcome;
+using tallyfox::sim::Random;
+using tallyfox::sim::Scenario;
+using tallyfox::sim::Simulation;
+
+Outcome outcomeOf(std::uint64_t seed, std::uint64_t days) {
+  if (days == 0) return Simulation(seed).run();
+  Random random(seed);
+  return Simulation(seed, Scenario::of(random).ofDays()).run(std::chrono::days(days));
+}
+
+Outcome toldOutcomeOf(std::uint64_t seed) {
+  Simulation simulation(seed);
+  simulation.listen([](const std::string& sentence) { fmt::print("{}\n", sentence); });
+  return simulation.run();
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-  if (argc < 2 || argc > 3) {
-    fmt::print(stderr, "usage: simulate FIRST [COUNT]\n");
+  if (argc < 2 || argc > 4) {
+    fmt::print(stderr, "usage: simulate FIRST [COUNT [DAYS]]\n");
     return 2;
   }
-  const std::uint64_t first = std::strtoull(argv[1], nullptr, 10);
-  const std::uint64_t count = argc == 3 ? std::strtoull(argv[2], nullptr, 10) : 1;
-  tallyfox::sim::Outcome total;
+  const auto argument = [&](int number, std::uint64_t otherwise) -> std::uint64_t {
+    return number < argc ? std::strtoull(argv[number], nullptr, 10) : otherwise;
+  };
+  const std::uint64_t first = argument(1, 0);
+  const std::uint64_t count = argument(2, 1);
+  Outcome total;
   std::uint64_t failed = 0;
   for (std::uint64_t seed = first; seed < first + count; ++seed) {
-    tallyfox::sim::Simulation simulation(seed);
-    if (argc == 2) simulation.listen([](const std::string& sentence) { fmt::print("{}\n", sentence); });
-    const tallyfox::sim::Outcome outcome = simulation.run();
+    const Outcome outcome = argc == 2 ? toldOutcomeOf(seed) : outcomeOf(seed, argument(3, 0));
     total.simulated += outcome.simulated;
     total.dialogs += outcome.dialogs;
     total.touches += outcome.touches;
