@@ -39,27 +39,37 @@ struct AgentWorld {
     environment.set("TALLYFOX_PAIRING_ID", "studio");
   }
 
-  [[nodiscard]] AgentPlatform platform() {
+  /// What a test puts in the place of the world's own.
+  struct StandIns {
+    SerialQueue* scanQueue = nullptr;
+    AccessibilityObservers* observers = nullptr;
+    HttpClient* http = nullptr;
+    InstanceLock* instanceLock = nullptr;
+    UserNotifications* notifications = nullptr;
+    LoginItemService* loginItemService = nullptr;
+  };
+  [[nodiscard]] AgentPlatform platform() { return platform(StandIns{}); }
+  [[nodiscard]] AgentPlatform platform(const StandIns& ins) {
     return {.mainQueue = *mainQueue,
-            .scanQueue = *scanQueue,
+            .scanQueue = ins.scanQueue != nullptr ? *ins.scanQueue : *scanQueue,
             .makeQueue = [this](const std::string& label) { return time.makeQueue(label); },
             .clock = time.clock(),
             .console = console,
             .environment = environment,
             .accessibility = desktop.accessibility(),
             .accessibilityElements = desktop.elements(),
-            .accessibilityObservers = desktop.observers(),
+            .accessibilityObservers = ins.observers != nullptr ? *ins.observers : desktop.observers(),
             .applications = desktop.applications(),
             .windowList = desktop.windowList(),
             .syntheticInput = desktop.input(),
             .webSockets = network.webSockets(),
-            .http = network.http(),
+            .http = ins.http != nullptr ? *ins.http : network.http(),
             .keychain = keychain,
             .defaults = defaults,
             .bundle = bundle,
-            .instanceLock = instanceLock,
-            .notifications = notifications,
-            .loginItemService = loginItemService,
+            .instanceLock = ins.instanceLock != nullptr ? *ins.instanceLock : instanceLock,
+            .notifications = ins.notifications != nullptr ? *ins.notifications : notifications,
+            .loginItemService = ins.loginItemService != nullptr ? *ins.loginItemService : loginItemService,
             .settings = settings,
             .updater = &updater,
             .terminateApplication = [this] { ++terminations; }};

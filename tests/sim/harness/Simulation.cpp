@@ -47,33 +47,6 @@ Simulation::~Simulation() {
   world_.desktop.onMessage({});
 }
 
-AgentPlatform Simulation::platform() {
-  AgentPlatform given = world_.platform();
-  return {given.mainQueue,
-          scanQueue_,
-          given.makeQueue,
-          given.clock,
-          given.console,
-          given.environment,
-          given.accessibility,
-          given.accessibilityElements,
-          given.accessibilityObservers,
-          given.applications,
-          given.windowList,
-          given.syntheticInput,
-          given.webSockets,
-          given.http,
-          given.keychain,
-          given.defaults,
-          given.bundle,
-          given.instanceLock,
-          given.notifications,
-          given.loginItemService,
-          given.settings,
-          given.updater,
-          given.terminateApplication};
-}
-
 void Simulation::onMain(std::function<void()> work) {
   world_.mainQueue->post(std::move(work));
 }
@@ -84,7 +57,7 @@ void Simulation::launch() {
     world_.keychain.failNext(memory::MemoryKeychain::Operation::copyMatching, true, interactionNotAllowed);
   }
   onMain([this] {
-    agent_ = std::make_unique<AppDelegate>(platform(), world_.interface);
+    agent_ = std::make_unique<AppDelegate>(world_.platform({.scanQueue = &scanQueue_}), world_.interface);
     agent_->applicationDidFinishLaunching();
   });
 }

@@ -78,7 +78,6 @@ class Simulation {
     void (Simulation::*act)();
   };
 
-  [[nodiscard]] AgentPlatform platform();
   void scheduleNext();
   void happen();
   void comeToRest();
