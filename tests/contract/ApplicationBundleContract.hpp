@@ -33,6 +33,11 @@ TYPED_TEST_P(ApplicationBundleContract, givesAbsolutePathsWithoutATrailingSlash)
     EXPECT_TRUE(isPlain(directory)) << directory;
 }
 
+TYPED_TEST_P(ApplicationBundleContract, hasNoInformationUnderAStrangeKey) {
+  EXPECT_EQ(this->backend.bundle().informationValue("ContractStrangeKey"), std::nullopt);
+  EXPECT_EQ(this->backend.bundle().informationValue(""), std::nullopt);
+}
+
 TYPED_TEST_P(ApplicationBundleContract, hasNoPropertyListWithoutTheResource) {
   EXPECT_FALSE(this->backend.bundle().propertyList("Contract").has_value());
 }
@@ -56,7 +61,7 @@ TYPED_TEST_P(ApplicationBundleContract, saysWhyAPropertyListCannotBeRead) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(ApplicationBundleContract, givesAbsolutePathsWithoutATrailingSlash,
-                            hasNoPropertyListWithoutTheResource, readsTheStringsOfAPropertyList,
-                            saysWhyAPropertyListCannotBeRead);
+                            hasNoInformationUnderAStrangeKey, hasNoPropertyListWithoutTheResource,
+                            readsTheStringsOfAPropertyList, saysWhyAPropertyListCannotBeRead);
 
 }  // namespace tallyfox::contract
