@@ -94,10 +94,14 @@ void Checker::touch(const memory::Touch& touch) {
   if (!isAllowed) fail(fmt::format("{} on button {}, which nobody approved", touch.name, touch.button));
 }
 
-void Checker::frame(const std::string& text, const std::vector<std::string>& secrets) {
+void Checker::wire(const std::string& text, const std::vector<std::string>& secrets) {
   if (text.find('#') != std::string::npos) fail("a dialog's words on the wire");
   for (const std::string& secret : secrets)
     if (text.find(secret) != std::string::npos) fail("a secret on the wire");
+}
+
+void Checker::frame(const std::string& text, const std::vector<std::string>& secrets) {
+  wire(text, secrets);
   const auto json = parsedJson(text);
   if (!json) return fail("a frame that is no JSON");
   for (const char* member : {"encryptedApprovals", "encryptedResult"}) {

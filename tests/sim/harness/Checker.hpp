@@ -47,6 +47,8 @@ class Checker {
 
   // What the agent did.
   void touch(const memory::Touch& touch);
+  /// Anything that goes over the wire: an address, a body, a frame.
+  void wire(const std::string& text, const std::vector<std::string>& secrets);
   /// A frame as it goes over the wire, whatever it says.
   void frame(const std::string& text, const std::vector<std::string>& secrets);
   void snapshot(const MacSnapshotRelayMessage& message, const std::vector<PendingApproval>& approvals);

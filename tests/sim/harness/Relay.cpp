@@ -63,6 +63,10 @@ void Relay::pairAgain() {
 }
 
 void Relay::answerRegistration(std::size_t request) {
+  pairAgain();
+  const HttpRequest& sent = world_.network.requests().at(request).request;
+  checker_.wire(sent.url, secretTexts());
+  checker_.wire(sent.body, secretTexts());
   static constexpr std::array statuses = {401, 410, 500, 503, 0};
   int status = 204;
   if (!isHealthy_ && random_.chance(scenario_.registrationFails)) status = statuses[random_.pick(statuses.size())];
