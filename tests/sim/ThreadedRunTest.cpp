@@ -102,7 +102,8 @@ class ThreadedRun : public testing::Test {
     const std::string type = relayMessageType(frame).value();
     if (type == relay_type::macSnapshot) {
       const auto message = MacSnapshotRelayMessage::decoded(frame).value();
-      for (const PendingApproval& approval : decodedApprovals(opened(message.encryptedApprovals)).value())
+      const auto approvals = decodedApprovals(opened(message.encryptedApprovals)).value();
+      for (const PendingApproval& approval : approvals)
         ask(socket, approval);
     } else if (type == relay_type::approvalResult) {
       const auto message = ApprovalResultRelayMessage::decoded(frame).value();
