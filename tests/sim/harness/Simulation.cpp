@@ -150,6 +150,7 @@ void Simulation::restart() {
   onMain([this, isInOrder] {
     if (isInOrder) agent_->applicationWillTerminate();
     agent_.reset();
+    scanQueue_.startAnew();
     checker_.noteProcessEnded();
   });
   launch();

@@ -25,6 +25,8 @@ class CountingQueue : public SerialQueue {
   CountingQueue(SerialQueue& queue, std::function<void(int waiting)> onPost)
       : queue_(queue), onPost_(std::move(onPost)) {}
   void post(Task task) override;
+  /// What was posted so far belongs to a process that is gone.
+  void startAnew() { waiting_ = std::make_shared<int>(0); }
   ScheduledHandle after(Seconds delay, Task task) override { return queue_.after(delay, std::move(task)); }
   ScheduledHandle every(Seconds period, std::function<void()> task) override {
     return queue_.every(period, std::move(task));
