@@ -235,6 +235,7 @@ TEST_F(RelaySessionTest, letsAnAcceptedDecisionTakeEffectBeforeItAnswers) {
   EXPECT_EQ(world.interface.shownCount(), 1);
   EXPECT_EQ(scans, 1);
   EXPECT_EQ(phone.result("d-1"), (ApprovalResultCommand{id, "OK", "accepted", std::nullopt}));
+  EXPECT_THAT(phone.results(0), SizeIs(1));
   EXPECT_EQ(relayMessageType(*parsedJson(world.network.sockets()[0].sent.back())), "approval.result");
 }
 
@@ -246,6 +247,7 @@ TEST_F(RelaySessionTest, changesNothingAfterADecisionThatFailed) {
   world.time.runDue();
   EXPECT_THAT(store.all(), SizeIs(1));
   EXPECT_EQ(scans, 0);
+  ASSERT_THAT(phone.results(0), SizeIs(1));
   EXPECT_EQ(phone.result("d-1")->status, "failed");
 }
 
