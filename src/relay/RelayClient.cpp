@@ -233,6 +233,8 @@ void RelayClient::sendLatestSnapshotIfNeeded() {
       state.latestSnapshotSignature == state.snapshotSendInFlightSignature)
     return;
   state.snapshotSendInFlightSignature = state.latestSnapshotSignature;
+  // From here on the relay may have either list: a return to the earlier one must be sent as well.
+  state.lastSentSnapshotSignature.reset();
   send(state.latestSnapshot->json(),
        [sent = *state.latestSnapshotSignature](State& current, const std::expected<void, TransportError>& outcome) {
          if (current.snapshotSendInFlightSignature == sent) current.snapshotSendInFlightSignature.reset();

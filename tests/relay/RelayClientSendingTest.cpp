@@ -138,6 +138,19 @@ TEST_F(RelayClientSending, sendsANewSnapshotWithoutWaitingForTheOneInFlight) {
   EXPECT_THAT(socket().sent, SizeIs(3));
 }
 
+TEST_F(RelayClientSending, sendsAReturnToTheEarlierSnapshotWhileAnotherIsInFlight) {
+  publish({sampleApproval()});
+  network.holdSends(0, true);
+  publish({});
+  publish({sampleApproval()});
+  ASSERT_THAT(socket().sent, SizeIs(3));
+  EXPECT_EQ(sentSnapshot(2).snapshotID, sentSnapshot(0).snapshotID);
+  network.holdSends(0, false);
+  time.runDue();
+  publish({sampleApproval()});
+  EXPECT_THAT(socket().sent, SizeIs(3));
+}
+
 TEST_F(RelayClientSending, retriesAFailedSnapshotWithTheNextPublishAndNeverByItself) {
   network.failSends(0, true);
   publish({sampleApproval()});
