@@ -77,7 +77,8 @@ TEST_P(FoundSeeds, keepThePromisesNow) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Simulation, FoundSeeds,
-                         testing::Values(Found{778557, "aButtonThatCouldNotBeAskedIsNotTakenForEnabled"},
+                         testing::Values(Found{207867, "aReturnToTheEarlierListIsSent"},
+                                         Found{778557, "aButtonThatCouldNotBeAskedIsNotTakenForEnabled"},
                                          Found{25, "aKeychainThatIsLockedAtTheStartIsAskedAgain"},
                                          Found{91, "aClockThatIsSetBackDoesNotLengthenTheGrace"},
                                          Found{95, "aSweepConfirmsWhatItFinds"}),

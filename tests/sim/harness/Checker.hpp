@@ -24,7 +24,6 @@ struct SimulatedRequest {
   std::size_t answers = 0;
   Seconds firstDeliveredAt{};
   std::size_t socket = 0;  ///< of the last delivery
-  bool isExcused = false;  ///< the connection, the pairing or the process ended before the answer
   bool isDead = false;     ///< what was delivered is certain not to be carried out any more
 };
 
@@ -32,11 +31,12 @@ struct SimulatedRequest {
 /// sentences.
 class Checker {
  public:
-  Checker(Screen& screen, Clock& clock) : screen_(screen), clock_(clock) {}
+  /// `isSocketOpen` tells whether a connection still lasts.
+  Checker(Screen& screen, Clock& clock, std::function<bool(std::size_t socket)> isSocketOpen)
+      : screen_(screen), clock_(clock), isSocketOpen_(std::move(isSocketOpen)) {}
 
   // What the world tells.
   SimulatedRequest& request(const std::string& decisionID) { return requests_[decisionID]; }
-  void noteSocketClosed(std::size_t socket);
   /// Nothing that was delivered so far is carried out any more.
   void noteProcessEnded();
   void notePaused(bool isPaused);
@@ -71,11 +71,14 @@ class Checker {
   void forget();
 
  private:
+  /// The connection on which it came still lasts, and so the answer is due.
+  [[nodiscard]] bool isOwed(const SimulatedRequest& request) const;
   [[nodiscard]] bool isApproved(const SimulatedRequest& request, const memory::Touch& touch) const;
   void checkAccepted(const SimulatedRequest& request, const std::string& decisionID);
 
   Screen& screen_;
   Clock& clock_;
+  std::function<bool(std::size_t socket)> isSocketOpen_;
   std::map<std::string, SimulatedRequest> requests_;
   std::map<std::string, std::string> nonces_;  ///< each with the box that it sealed
   std::optional<Seconds> pausedSince_;

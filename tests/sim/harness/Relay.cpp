@@ -90,9 +90,7 @@ bool Relay::isConnected() const {
 void Relay::dropSocket() {
   const auto& sockets = world_.network.sockets();
   if (!isConnected()) return;
-  const std::size_t socket = sockets.back().number;
-  world_.network.close(socket);
-  checker_.noteSocketClosed(socket);
+  world_.network.close(sockets.back().number);
 }
 
 std::vector<std::string> Relay::secretTexts() const {

@@ -177,6 +177,7 @@ const char* Screen::surprise() {
                                            Surprise{"replace", &Screen::replaceByLookAlike},
                                            Surprise{"cover", &Screen::cover}, Surprise{"misbehave", &Screen::misbehave},
                                            Surprise{"change", &Screen::change}};
+  surprisedAt_ = clock_.continuous();
   const Surprise& chosen = surprises[random_.pick(surprises.size())];
   (this->*chosen.act)();
   return chosen.name;

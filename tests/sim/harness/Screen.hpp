@@ -68,6 +68,8 @@ class Screen {
   [[nodiscard]] bool hasEverRead(const DialogText& text) const { return everRead_.contains(text); }
   [[nodiscard]] std::string name(std::int32_t application) const { return names_.at(application); }
   [[nodiscard]] std::size_t openedCount() const { return opened_; }
+  /// Whether a surprise came at this very moment.
+  [[nodiscard]] bool changedThisMoment() const { return surprisedAt_ == clock_.continuous(); }
   /// Forgets the dialogs that are gone.
   void forgetClosed();
 
@@ -92,6 +94,7 @@ class Screen {
   std::set<memory::ElementID> disabled_;
   int number_ = 0;
   std::size_t opened_ = 0;
+  Seconds surprisedAt_{-1};
 };
 
 }  // namespace tallyfox::sim

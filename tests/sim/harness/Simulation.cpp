@@ -33,7 +33,8 @@ Simulation::Simulation(Random random, const Scenario& scenario)
     : random_(random),
       scenario_(scenario),
       screen_(world_.desktop, world_.time.clock(), random_.fork()),
-      checker_(screen_, world_.time.clock()),
+      checker_(screen_, world_.time.clock(),
+               [this](std::size_t socket) { return world_.network.sockets().at(socket).isOpen; }),
       relay_(world_, *director_, checker_, screen_, scenario_, random_.fork()),
       scanQueue_(*world_.scanQueue, [this](int waiting) { checker_.noteScansWaiting(waiting); }) {
   world_.desktop.onTouch([this](const memory::Touch& touch) { checker_.touch(touch); });
@@ -138,11 +139,7 @@ void Simulation::jumpClock() {
 }
 
 void Simulation::unpair() {
-  onMain([this] {
-    // What a phone asked under the old pairing is answered, if at all, to nobody.
-    if (relay_.isConnected()) checker_.noteSocketClosed(world_.network.sockets().back().number);
-    agent_->unpairPhoneFromStatusWindow();
-  });
+  onMain([this] { agent_->unpairPhoneFromStatusWindow(); });
 }
 
 void Simulation::restart() {
