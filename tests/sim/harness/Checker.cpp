@@ -14,7 +14,7 @@ namespace {
 constexpr Seconds trustNotice{2.1};
 
 /// Afterwards a pause may have ended by itself.
-constexpr Seconds shortestPause{7200};
+constexpr Seconds shortestPause{7199};
 
 bool isDeny(const std::string& label) {
   return DialogButtonSemantics::cancelActionLabels().contains(DialogButtonSemantics::normalized(label));

@@ -16,16 +16,13 @@ using tallyfox::sim::Random;
 using tallyfox::sim::Scenario;
 using tallyfox::sim::Simulation;
 
-Outcome outcomeOf(std::uint64_t seed, std::uint64_t days) {
-  if (days == 0) return Simulation(seed).run();
+/// At its own pace, or at that of so many days.
+Outcome outcomeOf(std::uint64_t seed, std::uint64_t days, bool isTold) {
   Random random(seed);
-  return Simulation(seed, Scenario::of(random).ofDays()).run(std::chrono::days(days));
-}
-
-Outcome toldOutcomeOf(std::uint64_t seed) {
-  Simulation simulation(seed);
-  simulation.listen([](const std::string& sentence) { fmt::print("{}\n", sentence); });
-  return simulation.run();
+  const Scenario scenario = Scenario::of(random);
+  Simulation simulation(seed, days == 0 ? scenario : scenario.ofDays());
+  if (isTold) simulation.listen([](const std::string& sentence) { fmt::print("{}\n", sentence); });
+  return days == 0 ? simulation.run() : simulation.run(std::chrono::days(days));
 }
 
 }  // namespace
@@ -43,7 +40,7 @@ int main(int argc, char** argv) {
   Outcome total;
   std::uint64_t failed = 0;
   for (std::uint64_t seed = first; seed < first + count; ++seed) {
-    const Outcome outcome = argc == 2 ? toldOutcomeOf(seed) : outcomeOf(seed, argument(3, 0));
+    const Outcome outcome = outcomeOf(seed, argument(3, 0), count == 1);
     total.simulated += outcome.simulated;
     total.dialogs += outcome.dialogs;
     total.touches += outcome.touches;
