@@ -77,6 +77,13 @@ TEST_F(AutostartEntryTest, doesNotSwitchOnWhatTheOwnerSwitchedOff) {
   EXPECT_EQ(fileText(file()), off);
 }
 
+TEST_F(AutostartEntryTest, leavesAnEntryOfItsOwnAsTheOwnerHasIt) {
+  const std::string delayed = "[Desktop Entry]\n" + exec() + "X-GNOME-Autostart-Delay=20\n";
+  write(delayed);
+  EXPECT_TRUE(entry().registerItem().has_value());
+  EXPECT_EQ(fileText(file()), delayed);
+}
+
 TEST_F(AutostartEntryTest, takesTheEntryOverFromACopyElsewhere) {
   write("[Desktop Entry]\nExec=\"/opt/old/tallyfox\"\n");
   EXPECT_TRUE(entry().registerItem().has_value());

@@ -113,6 +113,8 @@ TEST(DesktopFileEntry, readsTheMainGroupOnly) {
             (DesktopFileEntry{.isHidden = false, .startupClass = "Alpha"}));
   EXPECT_EQ(parsedDesktopFile("[Desktop Entry]\r\nHidden=true\r\n"),
             (DesktopFileEntry{.isHidden = true, .startupClass = ""}));
+  EXPECT_EQ(parsedDesktopFile("[Desktop Entry]\nExec = \"/a b/c\" %u \nX-GNOME-Autostart-enabled=false\n"),
+            (DesktopFileEntry{.isAutostartEnabled = false, .exec = "\"/a b/c\" %u"}));
   EXPECT_EQ(parsedDesktopFile("StartupWMClass=Alpha\n"), std::nullopt);
   EXPECT_EQ(parsedDesktopFile(""), std::nullopt);
   EXPECT_EQ(parsedDesktopFile("[Desktop Entry]\nStartupWMClass=\xFF\n"),

@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "base/Limits.hpp"
+#include "platform/linux/DesktopFiles.hpp"
 #include "platform/linux/PrivateFiles.hpp"
 
 namespace tallyfox::linux_os {
@@ -36,27 +36,6 @@ std::string execValue(const std::string& executable) {
   return value;
 }
 
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t\r");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-/// The value of a key of the "Desktop Entry" group as it is written.
-std::optional<std::string_view> value(std::string_view text, std::string_view key) {
-  bool isInGroup = false;
-  while (!text.empty()) {
-    const std::string_view line = trimmed(text.substr(0, text.find('\n')));
-    const auto end = text.find('\n');
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    if (line.starts_with('[')) isInGroup = line == "[Desktop Entry]";
-    const auto equals = line.find('=');
-    if (!isInGroup || equals == std::string_view::npos) continue;
-    if (trimmed(line.substr(0, equals)) == key) return trimmed(line.substr(equals + 1));
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 AutostartEntry::AutostartEntry(std::string configHome, std::string executable)
@@ -70,15 +49,16 @@ LoginItemServiceStatus AutostartEntry::status() {
     const bool isAbsent = content.error().isMissing() || content.error().code == ENOTDIR;
     return isAbsent ? LoginItemServiceStatus::notRegistered : LoginItemServiceStatus::unknown;
   }
-  const std::string entry(textOf(*content));
-  if (value(entry, "Hidden") == "true" || value(entry, "X-GNOME-Autostart-enabled") == "false")
-    return LoginItemServiceStatus::requiresApproval;
-  if (value(entry, "Exec") != execValue(executable_)) return LoginItemServiceStatus::notRegistered;
+  const auto entry = parsedDesktopFile(textOf(*content)).value_or(DesktopFileEntry{});
+  if (entry.isHidden || !entry.isAutostartEnabled) return LoginItemServiceStatus::requiresApproval;
+  if (entry.exec != execValue(executable_)) return LoginItemServiceStatus::notRegistered;
   return ::access(executable_.c_str(), X_OK) == 0 ? LoginItemServiceStatus::enabled : LoginItemServiceStatus::notFound;
 }
 
 std::expected<void, std::string> AutostartEntry::registerItem() {
-  if (status() == LoginItemServiceStatus::requiresApproval) return {};
+  // What the owner changed in an entry that is there, stays.
+  const LoginItemServiceStatus before = status();
+  if (before == LoginItemServiceStatus::requiresApproval || before == LoginItemServiceStatus::enabled) return {};
   const auto folder = PrivateDirectory::open(folder_, true);
   const auto written = folder ? folder->replace(fileName, bytesOf(text())) : std::unexpected(folder.error());
   if (!written) return std::unexpected(written.error().description());

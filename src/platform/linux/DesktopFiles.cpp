@@ -128,7 +128,9 @@ std::optional<DesktopFileEntry> parsedDesktopFile(std::string_view text) {
     const std::string key = trimmed(std::string_view(line).substr(0, equals));
     const std::string value = trimmed(std::string_view(line).substr(equals + 1));
     if (key == "Hidden") entry.isHidden = value == "true";
+    if (key == "X-GNOME-Autostart-enabled") entry.isAutostartEnabled = value != "false";
     if (key == "StartupWMClass") entry.startupClass = repairedUtf8(value);
+    if (key == "Exec") entry.exec = value;
   }
   if (!hasGroup) return std::nullopt;
   return entry;

@@ -50,8 +50,10 @@ class DesktopFiles {
 
 /// What counts of a desktop file's text.
 struct DesktopFileEntry {
-  bool isHidden = false;  ///< the owner deleted it
-  std::string startupClass;
+  bool isHidden = false;           ///< the owner deleted it
+  bool isAutostartEnabled = true;  ///< of an entry that is started at login
+  std::string startupClass = {};
+  std::string exec = {};  ///< the command line as it is written
   bool operator==(const DesktopFileEntry&) const = default;
 };
 /// Absent when the text has no "Desktop Entry" group.
