@@ -1,6 +1,7 @@
 #include "app/AppDelegate.hpp"
 
 #include <utility>
+#include <variant>
 
 #include "actions/ClickExecutor.hpp"
 #include "actions/DialogFocusResolver.hpp"
@@ -189,8 +190,9 @@ void AppDelegate::requestPermissions() {
 }
 
 void AppDelegate::enableLoginItem() {
-  // What still stands in the way after this, only the owner can change, in the settings.
-  if (parts_->loginItem.registerItem() != LoginItemStatus(login_item::Enabled{})) parts_->loginItem.openSettings();
+  // What then still stands in the way, only the owner can change.
+  const LoginItemStatus status = parts_->loginItem.registerItem();
+  if (std::holds_alternative<login_item::RequiresApproval>(status)) parts_->loginItem.openSettings();
   parts_->interface.refreshStatusWindow();
 }
 

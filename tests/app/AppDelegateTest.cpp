@@ -76,6 +76,9 @@ TEST_F(AppDelegateTest, enablesTheLoginItem) {
   agent.enableLoginItem();
   EXPECT_THAT(world.settings.opened(), ElementsAre("x-apple.systempreferences:com.apple.LoginItems-Settings.extension"))
       << "what is left only the owner can do";
+  world.loginItemService.registrationError = "The operation is not permitted.";
+  agent.enableLoginItem();
+  EXPECT_THAT(world.settings.opened(), SizeIs(1)) << "no setting helps; the window says why";
 }
 
 TEST_F(AppDelegateTest, pausesAndResumesAlerts) {
