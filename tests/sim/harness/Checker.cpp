@@ -66,9 +66,12 @@ void Checker::noteScansWaiting(int count) {
   if (count > 1) fail("two scans at a time");
 }
 
+bool Checker::isUnderWay(const SimulatedRequest& request) {
+  return !request.isDead && request.answers < request.deliveries && request.approval.has_value();
+}
+
 bool Checker::isApproved(const SimulatedRequest& request, const memory::Touch& touch) const {
-  if (request.isDead || request.deliveries == 0 || request.answers >= request.deliveries || !request.approval)
-    return false;
+  if (!isUnderWay(request)) return false;
   const std::string& label = request.command.buttonLabel;
   const SimulatedDialog* const dialog = screen_.dialogWithButton(touch.button, label);
   if (dialog == nullptr || screen_.isDisabled(touch.button)) return false;
@@ -83,9 +86,11 @@ void Checker::touch(const memory::Touch& touch) {
   if (touch.button == 0 || isRelease) return;
   ++touches_;
   // Nobody can ask and act in less than no time: what changed since the last question at this very moment is chance.
-  if (screen_.changedThisMoment()) return;
-  const bool isAllowed = std::ranges::any_of(
-      requests_ | std::views::values, [&](const SimulatedRequest& request) { return isApproved(request, touch); });
+  // That somebody decided something is no less needed.
+  const bool isChance = screen_.changedThisMoment();
+  const bool isAllowed = std::ranges::any_of(requests_ | std::views::values, [&](const SimulatedRequest& request) {
+    return isChance ? isUnderWay(request) : isApproved(request, touch);
+  });
   if (!isAllowed) fail(fmt::format("{} on button {}, which nobody approved", touch.name, touch.button));
 }
 

@@ -73,6 +73,8 @@ class Checker {
  private:
   /// The connection on which it came still lasts, and so the answer is due.
   [[nodiscard]] bool isOwed(const SimulatedRequest& request) const;
+  /// It arrived, names a dialog that the phone was shown, and is not answered yet.
+  [[nodiscard]] static bool isUnderWay(const SimulatedRequest& request);
   [[nodiscard]] bool isApproved(const SimulatedRequest& request, const memory::Touch& touch) const;
   void checkAccepted(const SimulatedRequest& request, const std::string& decisionID);
 

@@ -215,7 +215,7 @@ bool Screen::reads(const SimulatedDialog& dialog, const DialogText& text) const 
 
 void Screen::forgetClosed() {
   std::erase_if(dialogs_, [this](const SimulatedDialog& dialog) { return !desktop_.exists(dialog.window); });
-  everRead_.clear();
+  forgotten_ = std::exchange(everRead_, {});
   for (const SimulatedDialog& dialog : dialogs_)
     everRead_.insert(dialog.text);
 }

@@ -64,8 +64,10 @@ class Screen {
   [[nodiscard]] bool isDisabled(memory::ElementID button) const { return disabled_.contains(button); }
   /// Whether the dialog reads so now or did until a moment ago: a reading takes its time.
   [[nodiscard]] bool reads(const SimulatedDialog& dialog, const DialogText& text) const;
-  /// Whether any dialog has ever read so.
-  [[nodiscard]] bool hasEverRead(const DialogText& text) const { return everRead_.contains(text); }
+  /// Whether any dialog has ever read so; until it was forgotten twice, as a list may still hold it for its grace.
+  [[nodiscard]] bool hasEverRead(const DialogText& text) const {
+    return everRead_.contains(text) || forgotten_.contains(text);
+  }
   [[nodiscard]] std::string name(std::int32_t application) const { return names_.at(application); }
   [[nodiscard]] std::size_t openedCount() const { return opened_; }
   /// Whether a surprise came at this very moment.
@@ -91,6 +93,7 @@ class Screen {
   std::vector<memory::ElementID> covers_;
   std::vector<SimulatedDialog> dialogs_;
   std::set<DialogText> everRead_;
+  std::set<DialogText> forgotten_;
   std::set<memory::ElementID> disabled_;
   int number_ = 0;
   std::size_t opened_ = 0;
