@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <unordered_set>
 
 #include "detection/PromptRules.hpp"
@@ -57,10 +58,16 @@ std::vector<RunningApplication> VisibleWindowOwners::promptScanApplications() co
   const auto choose = [&](const RunningApplication& application) {
     if (seen.insert(application.processIdentifier).second) chosen.push_back(application);
   };
-  for (const std::int32_t owner : processIdentifiers(true)) {
-    if (const auto application = applications_.application(owner)) choose(*application);
-  }
   const std::vector<RunningApplication> running = applications_.runningApplications();
+  for (const std::int32_t owner : processIdentifiers(true)) {
+    // Asked for one by one only where the list lacks it: a question may read the whole desktop.
+    const auto listed = std::ranges::find(running, owner, &RunningApplication::processIdentifier);
+    if (listed != running.end()) {
+      choose(*listed);
+    } else if (const auto application = applications_.application(owner)) {
+      choose(*application);
+    }
+  }
   for (const RunningApplication& application : running) {
     if (application.isRegular) choose(application);
   }
