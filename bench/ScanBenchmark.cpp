@@ -73,8 +73,7 @@ class Scene {
   linux_os::X11EventSource events_{session_.display(), loop_, loop_};
   linux_os::LinuxAccessibility accessibility_{desktop_, console_, session_.sessionBusAddress()};
   Unannounced ignoring_{accessibility_};
-  linux_os::LinuxApplications applications_{
-      {desktop_, events_, loop_, {}, [] { return std::vector<std::pair<std::int32_t, std::string>>(); }}};
+  linux_os::LinuxApplications applications_{{desktop_, events_, loop_, {}, nullptr}};
   linux_os::LinuxWindowList windowList_{desktop_};
   DialogDetector announced_{dependencies(accessibility_)};
   DialogDetector unannounced_{dependencies(ignoring_)};

@@ -19,13 +19,16 @@ class LinuxObserversBackend : public tallyfox::testing::X11EventfulDesktop {
   LinuxObserversBackend() : X11EventfulDesktop({.windowManager = true, .accessibility = true}) {
     loop_.sync([this] {
       trust_ = std::make_unique<linux_os::TrustChangeWatcher>(session_->sessionBusAddress(), loop_);
+      contents_ = std::make_unique<linux_os::AtspiEventSource>(session_->sessionBusAddress(), loop_);
       observers_ = std::make_unique<linux_os::LinuxAccessibilityObservers>(
-          *source_, [this](std::function<void()> onChange) { return trust_->subscribe(std::move(onChange)); });
+          *source_, *contents_,
+          [this](std::function<void()> onChange) { return trust_->subscribe(std::move(onChange)); });
     });
   }
   ~LinuxObserversBackend() {
     loop_.sync([this] {
       observers_.reset();
+      contents_.reset();
       trust_.reset();
     });
   }
@@ -62,6 +65,7 @@ class LinuxObserversBackend : public tallyfox::testing::X11EventfulDesktop {
   [[nodiscard]] xcb_window_t first(std::int32_t pid) const { return programs_.at(pid)->windows().front(); }
 
   std::unique_ptr<linux_os::TrustChangeWatcher> trust_;
+  std::unique_ptr<linux_os::AtspiEventSource> contents_;
   std::unique_ptr<linux_os::LinuxAccessibilityObservers> observers_;
   std::map<std::int32_t, std::unique_ptr<X11Program>> programs_;
 };

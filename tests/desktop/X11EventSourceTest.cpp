@@ -156,16 +156,23 @@ class X11ObserversTest : public X11EventSourceTest {
       observations_.push_back(std::move(*observation));
     });
   }
+  X11ObserversTest() {
+    loop_.sync([this] { contents_ = std::make_unique<AtspiEventSource>(session_->sessionBusAddress(), loop_); });
+  }
   ~X11ObserversTest() override {
-    loop_.sync([this] { observations_.clear(); });
+    loop_.sync([this] {
+      observations_.clear();
+      contents_.reset();
+    });
   }
   [[nodiscard]] LinuxAccessibilityObservers observers() {
-    return {*source_, [this](std::function<void()> onChange) {
+    return {*source_, *contents_, [this](std::function<void()> onChange) {
               trustChange_ = std::move(onChange);
               return std::unique_ptr<Subscription>();
             }};
   }
 
+  std::unique_ptr<AtspiEventSource> contents_;
   X11Record<std::string> told_;
   std::vector<std::unique_ptr<Subscription>> observations_;
   std::function<void()> trustChange_;

@@ -18,6 +18,13 @@ TEST(ToolkitDress, gtk4ButtonNamesLoseTheirMarkedHalf) {
     EXPECT_EQ(undressedLabel(one.name, Toolkit::gtk4), one.label) << one.name;
 }
 
+TEST(ToolkitDress, browsersAreKnownByTheirToolkit) {
+  EXPECT_TRUE(isBrowserToolkit("Chromium"));
+  EXPECT_TRUE(isBrowserToolkit("Gecko"));
+  for (const std::string_view other : {"gtk", "GTK", "Qt", "VCL", "chromium", ""})
+    EXPECT_FALSE(isBrowserToolkit(other)) << other;
+}
+
 TEST(ToolkitDress, otherToolkitsUnderscoresAreShown) {
   EXPECT_EQ(undressedLabel("my_file", Toolkit::gtk3), "my_file");
   EXPECT_EQ(undressedLabel("_No No", Toolkit::qt), "_No No");

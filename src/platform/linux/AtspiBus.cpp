@@ -8,8 +8,6 @@
 namespace tallyfox::linux_os {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// The messaging time-out with which every application starts.
 constexpr std::chrono::milliseconds initialTimeout{200};
 /// Greeting of the bus itself, which may just be starting.
@@ -19,6 +17,12 @@ constexpr std::chrono::milliseconds connectTimeout{1000};
 constexpr std::size_t callsInFlight = 64;
 /// Peers of whom something is remembered; beyond, those that are well are forgotten. A desktop runs some dozens.
 constexpr std::size_t rememberedPeers = 512;
+/// Time-outs in a row after which answered probes alone win no further chance.
+constexpr int fewTimeouts = 3;
+/// How long a hung peer is left alone after its first time-out; twice as long after each further one in a row.
+constexpr std::chrono::seconds firstRetry{2};
+/// So long at most: a peer whose events and probes we miss is still seen again within a minute.
+constexpr std::chrono::seconds longestRetry{60};
 
 int append(sd_bus_message* message, const AtspiArgument& argument) {
   if (const auto* text = std::get_if<std::string>(&argument))
@@ -40,6 +44,13 @@ AXError errorNamed(std::string_view name) {
 }
 
 }  // namespace
+
+std::chrono::seconds pauseAfterTimeouts(int timeoutsInARow) {
+  auto pause = firstRetry;
+  for (int timeouts = 1; timeouts < timeoutsInARow && pause < longestRetry; ++timeouts)
+    pause *= 2;
+  return std::min(pause, longestRetry);
+}
 
 /// A call that was sent and not yet answered.
 struct AtspiBus::Flight {
@@ -92,7 +103,7 @@ void AtspiBus::setTimeout(const std::string& busName, std::chrono::microseconds 
 void AtspiBus::send(AtspiCall call, Handler handler) {
   ++unanswered_;
   Peer& target = peer(call.target.busName);
-  if (target.probe) {
+  if (isHung(target)) {
     refused_.emplace_back(std::move(handler), AXError::cannotComplete);
     return;
   }
@@ -148,12 +159,35 @@ void AtspiBus::land(Flight* flight, sd_bus_message* message) {
                            Clock::now() - flight->sentAt >= flight->timeout;
     answer = std::unexpected(isTimeout ? AXError::cannotComplete : errorNamed(error->name));
     if (isTimeout) {
-      probe(flight->busName, target);
+      noteTimeout(flight->busName, target);
       refuseAll(target, AXError::cannotComplete);
+    } else {
+      target.timeoutsInARow = 0;
     }
+  } else {
+    target.timeoutsInARow = 0;
   }
   sendWaiting(target);
   flight->handler(answer);
+}
+
+bool AtspiBus::isHung(Peer& peer) {
+  if (!peer.probe && peer.timeoutsInARow < fewTimeouts) return false;
+  if (Clock::now() < peer.retryAt) return true;
+  peer.probe.reset();
+  return false;
+}
+
+void AtspiBus::noteTimeout(const std::string& busName, Peer& peer) {
+  peer.retryAt = Clock::now() + pauseAfterTimeouts(++peer.timeoutsInARow);
+  probe(busName, peer);
+}
+
+void AtspiBus::retry(const std::string& busName) {
+  const auto known = peers_.find(busName);
+  if (known == peers_.end()) return;
+  known->second.probe.reset();
+  known->second.retryAt = {};
 }
 
 /// Every D-Bus library answers a ping from the program's own loop: the first sign of life.
@@ -176,7 +210,7 @@ void AtspiBus::catchUp() {
   while (sd_bus_process(bus_.get(), nullptr) > 0) {
   }
   if (peers_.size() < rememberedPeers) return;
-  std::erase_if(peers_, [](const auto& entry) { return !entry.second.probe; });
+  std::erase_if(peers_, [](const auto& entry) { return !entry.second.probe && entry.second.timeoutsInARow == 0; });
 }
 
 void AtspiBus::refuseAll(Peer& peer, AXError error) {

@@ -31,10 +31,15 @@ struct AtspiCall {
   std::vector<AtspiArgument> arguments;
 };
 
+/// How long a peer that let a call pass its time-out is left alone, by the number of its time-outs in a row, this one
+/// included.
+[[nodiscard]] std::chrono::seconds pauseAfterTimeouts(int timeoutsInARow);
+
 /// One thread's connection to the accessibility bus, on which many calls are in flight at once. Each call has its
 /// peer's time-out from the moment it is sent; only few are sent ahead of a peer's answers, so that a long queue is no
 /// reason for a time-out. A peer that lets one pass is hung: all its calls fail at once, and later ones without being
-/// sent, until it answers the one probe that it is sent then.
+/// sent, until it answers the one probe that it is sent then, or a while has passed that grows with each time-out in a
+/// row. One that answers probes but nothing else waits for the end of that while too.
 class AtspiBus {
  public:
   /// The reply is lent for the duration of the handler.
@@ -56,16 +61,21 @@ class AtspiBus {
   void setTimeout(const std::string& busName, std::chrono::microseconds timeout);
   /// Of all later calls, whoever the peer, until it is taken away again.
   void setTimeoutOfAll(std::optional<std::chrono::microseconds> timeout) { timeoutOfAll_ = timeout; }
+  /// Gives a peer that is held to be hung another chance: it was heard of.
+  void retry(const std::string& busName);
   /// Takes in what arrived meanwhile, such as the answer of a peer that was hung, without waiting. Not inside `run`.
   void catchUp();
 
  private:
+  using Clock = std::chrono::steady_clock;
   struct Flight;
   struct Peer {
     std::deque<std::pair<AtspiCall, Handler>> waiting;
     std::unordered_set<Flight*> inFlight;
     std::chrono::microseconds timeout{0};
-    SdBusSlotHandle probe;  ///< present while the peer is hung
+    int timeoutsInARow = 0;
+    Clock::time_point retryAt;  ///< while hung
+    SdBusSlotHandle probe;      ///< present until it is answered
   };
 
   explicit AtspiBus(SdBusHandle bus);
@@ -74,6 +84,8 @@ class AtspiBus {
   Peer& peer(const std::string& busName);
   void sendWaiting(Peer& peer);
   bool sendNow(Peer& peer, AtspiCall call, Handler& handler);
+  [[nodiscard]] static bool isHung(Peer& peer);
+  void noteTimeout(const std::string& busName, Peer& peer);
   void probe(const std::string& busName, Peer& peer);
   void land(Flight* flight, sd_bus_message* message);
   void refuseAll(Peer& peer, AXError error);

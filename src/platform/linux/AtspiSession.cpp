@@ -11,8 +11,9 @@ constexpr std::size_t rememberedToolkits = 512;
 
 }  // namespace
 
-AtspiSession::AtspiSession(std::shared_ptr<X11Desktop> desktop, std::string sessionBusAddress)
-    : desktop_(std::move(desktop)), status_(std::move(sessionBusAddress)) {}
+AtspiSession::AtspiSession(std::shared_ptr<X11Desktop> desktop, std::shared_ptr<const SignsOfLife> signs,
+                           std::string sessionBusAddress)
+    : desktop_(std::move(desktop)), signs_(std::move(signs)), status_(std::move(sessionBusAddress)) {}
 
 AtspiSession::~AtspiSession() = default;
 
@@ -30,7 +31,11 @@ AtspiBus* AtspiSession::bus() {
 }
 
 void AtspiSession::beginQuestion() {
-  if (bus_) bus_->catchUp();
+  if (!bus_) return;
+  bus_->catchUp();
+  for (const std::int32_t process : signs_->since(signsSeen_))
+    for (const AtspiReference& root : directory_.knownRootsOf(process))
+      bus_->retry(root.busName);
 }
 
 std::vector<AtspiReference> AtspiSession::rootsOf(std::int32_t processIdentifier) {

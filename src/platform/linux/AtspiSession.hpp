@@ -11,6 +11,7 @@
 #include "platform/linux/AtspiBus.hpp"
 #include "platform/linux/RegistryDirectory.hpp"
 #include "platform/linux/SessionStatus.hpp"
+#include "platform/linux/SignsOfLife.hpp"
 #include "platform/linux/ToolkitDress.hpp"
 #include "platform/linux/X11Desktop.hpp"
 
@@ -23,7 +24,8 @@ class AtspiReading;
 class AtspiSession {
  public:
   /// `desktop` may be missing (no X display): then no window has a place on the screen.
-  AtspiSession(std::shared_ptr<X11Desktop> desktop, std::string sessionBusAddress);
+  AtspiSession(std::shared_ptr<X11Desktop> desktop, std::shared_ptr<const SignsOfLife> signs,
+               std::string sessionBusAddress);
   ~AtspiSession();
 
   /// The accessibility bus, connected anew when it was lost. No pointer without one.
@@ -57,6 +59,8 @@ class AtspiSession {
   };
 
   std::shared_ptr<X11Desktop> desktop_;
+  std::shared_ptr<const SignsOfLife> signs_;
+  std::uint64_t signsSeen_ = 0;
   SessionStatus status_;
   std::unique_ptr<AtspiBus> bus_;
   RegistryDirectory directory_;

@@ -18,6 +18,7 @@
 #include "platform/linux/AtspiHitTest.hpp"
 #include "platform/linux/AtspiSession.hpp"
 #include "platform/linux/AtspiTasks.hpp"
+#include "platform/linux/X11Layer.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -57,14 +58,18 @@ class SystemWideTimeout {
 
 /// What all threads have in common. Read scopes keep it alive.
 struct LinuxAccessibility::Shared {
-  Shared(std::shared_ptr<X11Desktop> ofDesktop, Console& onConsole, std::string busAddress)
-      : desktop(std::move(ofDesktop)), console(onConsole), sessionBusAddress(std::move(busAddress)) {}
+  Shared(std::shared_ptr<X11Desktop> ofDesktop, Console& onConsole, std::string busAddress,
+         std::unique_ptr<UnseenWindows> reportUnseen)
+      : desktop(std::move(ofDesktop)),
+        console(onConsole),
+        sessionBusAddress(std::move(busAddress)),
+        unseenWindows(std::move(reportUnseen)) {}
 
   /// The calling thread's own. A thread that takes over the number of one that ended takes over its session.
   AtspiSession& session() {
     const std::scoped_lock lock(mutex);
     auto& session = sessions[std::this_thread::get_id()];
-    if (!session) session = std::make_unique<AtspiSession>(desktop, sessionBusAddress);
+    if (!session) session = std::make_unique<AtspiSession>(desktop, signs, sessionBusAddress);
     return *session;
   }
 
@@ -78,6 +83,8 @@ struct LinuxAccessibility::Shared {
   std::shared_ptr<X11Desktop> desktop;
   Console& console;
   std::string sessionBusAddress;
+  std::unique_ptr<UnseenWindows> unseenWindows;
+  std::shared_ptr<SignsOfLife> signs = std::make_shared<SignsOfLife>();
   std::mutex mutex;
   std::map<std::thread::id, std::unique_ptr<AtspiSession>> sessions;
   std::optional<std::string> reported;
@@ -85,13 +92,18 @@ struct LinuxAccessibility::Shared {
 
 namespace {
 
+const std::vector<AtspiWindow> noWindows;
+
 /// One reading, made when the scope is opened.
 class ReadScope final : public AXReadScope {
  public:
-  ReadScope(std::shared_ptr<void> keptAlive, AtspiSession& session, const AXReadPlan& plan)
+  ReadScope(std::shared_ptr<void> keptAlive, AtspiSession& session, UnseenWindows* unseenWindows,
+            const AXReadPlan& plan)
       : keptAlive_(std::move(keptAlive)), reading_(session, session.scope()) {
     session.openScope(reading_);
-    if (session.bus() != nullptr) read(plan);
+    if (session.bus() == nullptr) return;
+    read(plan);
+    if (unseenWindows != nullptr) report(*unseenWindows, plan);
   }
   ~ReadScope() override { reading_.session().closeScope(reading_); }
 
@@ -125,6 +137,26 @@ class ReadScope final : public AXReadScope {
     if (AtspiBus* bus = reading_.session().bus()) bus->run();
   }
 
+  /// Of the programs whose windows were asked for.
+  void report(UnseenWindows& unseenWindows, const AXReadPlan& plan) {
+    std::set<std::int32_t> processes;
+    std::set<XWindowID> seen;
+    for (const AXUIElement& root : plan.roots) {
+      const AtspiElement* element = AtspiElement::of(root);
+      if (element == nullptr || element->kind() != AtspiElement::Kind::application) continue;
+      processes.insert(element->processIdentifier());
+      for (const AtspiWindow& window : reading_.windowsOf(element->processIdentifier()).value_or(noWindows))
+        if (window.screenWindow) seen.insert(window.screenWindow->id);
+    }
+    if (processes.empty()) return;
+    std::vector<XWindow> unseen = reading_.screen().windows;
+    std::erase_if(unseen, [&](const XWindow& window) {
+      return !window.processIdentifier || !processes.contains(*window.processIdentifier) || seen.contains(window.id) ||
+             !isInTaskList(window.layer);
+    });
+    unseenWindows.note(unseen, UnseenWindows::Clock::now());
+  }
+
   std::optional<std::int32_t> activeProcess() {
     const AtspiScreen& screen = reading_.screen();
     for (const XWindow& window : screen.windows) {
@@ -140,10 +172,15 @@ class ReadScope final : public AXReadScope {
 }  // namespace
 
 LinuxAccessibility::LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console,
-                                       std::string sessionBusAddress)
-    : shared_(std::make_shared<Shared>(std::move(desktop), console, std::move(sessionBusAddress))) {}
+                                       std::string sessionBusAddress, std::unique_ptr<UnseenWindows> unseenWindows)
+    : shared_(std::make_shared<Shared>(std::move(desktop), console, std::move(sessionBusAddress),
+                                       std::move(unseenWindows))) {}
 
 LinuxAccessibility::~LinuxAccessibility() = default;
+
+void LinuxAccessibility::heardOf(std::int32_t processIdentifier) {
+  shared_->signs->note(processIdentifier);
+}
 
 bool LinuxAccessibility::isProcessTrusted() {
   AtspiSession& session = shared_->session();
@@ -181,7 +218,7 @@ std::expected<AXUIElement, AXError> LinuxAccessibility::elementAtPosition(AXPoin
 }
 
 std::unique_ptr<AXReadScope> LinuxAccessibility::willRead(const AXReadPlan& plan) {
-  return std::make_unique<ReadScope>(shared_, shared_->session(), plan);
+  return std::make_unique<ReadScope>(shared_, shared_->session(), shared_->unseenWindows.get(), plan);
 }
 
 std::expected<AXValue, AXError> LinuxAccessibility::copyAttribute(const AXUIElement& element, AXAttribute attribute) {

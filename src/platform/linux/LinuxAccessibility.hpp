@@ -6,6 +6,7 @@
 #include "base/Console.hpp"
 #include "platform/Accessibility.hpp"
 #include "platform/AccessibilityElements.hpp"
+#include "platform/linux/UnseenWindows.hpp"
 #include "platform/linux/X11Desktop.hpp"
 
 namespace tallyfox::linux_os {
@@ -17,9 +18,13 @@ class LinuxAccessibility : public Accessibility, public AccessibilityElements {
  public:
   /// Connects lazily: without a session or accessibility bus nothing is trusted, and the reason is printed once, again
   /// after each change. `desktop` may be missing where there is no X display. The session bus is the user's when no
-  /// address is given.
-  LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console, std::string sessionBusAddress = {});
+  /// address is given. `unseenWindows` is told of windows that their programs do not open up.
+  LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console, std::string sessionBusAddress = {},
+                     std::unique_ptr<UnseenWindows> unseenWindows = nullptr);
   ~LinuxAccessibility() override;
+
+  /// A program that was held to be hung is asked again: it has shown a sign of life.
+  void heardOf(std::int32_t processIdentifier);
 
   bool isProcessTrusted() override;
   AXUIElement applicationElement(std::int32_t processIdentifier) override;

@@ -8,15 +8,13 @@
 
 #include "platform/linux/LinuxWorkspaceObservation.hpp"
 #include "platform/linux/RunningProcess.hpp"
+#include "platform/linux/X11Layer.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
 
 constexpr std::array<std::string_view, 2> agentIdentifiers = {"com.tallyfox.agent", "com.quarrystone.agent"};
 constexpr std::string_view agentProgram = "tallyfox";
-/// Layers of windows that a task list shows; see windowLayer.
-constexpr std::int64_t lowestListedLayer = 0;
-constexpr std::int64_t panelLayer = 20;
 
 bool isAgent(std::int32_t processIdentifier) {
   return isOwnUsersProcess(processIdentifier) && executableName(processIdentifier) == agentProgram;
@@ -35,7 +33,7 @@ std::map<std::int32_t, LinuxApplications::Found> LinuxApplications::foundByWindo
     if (entry.clues.className.empty()) entry.clues.className = window.className;
     if (entry.clues.instanceName.empty()) entry.clues.instanceName = window.instanceName;
     if (entry.clues.applicationID.empty()) entry.clues.applicationID = window.applicationID;
-    entry.isRegular = entry.isRegular || (window.layer >= lowestListedLayer && window.layer < panelLayer);
+    entry.isRegular = entry.isRegular || isInTaskList(window.layer);
   }
   return found;
 }
@@ -43,20 +41,15 @@ std::map<std::int32_t, LinuxApplications::Found> LinuxApplications::foundByWindo
 void LinuxApplications::addAccessiblePrograms(std::map<std::int32_t, Found>& found) const {
   if (!dependencies_.accessiblePrograms) return;
   // A program without managed windows may still show unmanaged ones: some log-out and password prompts are such.
-  for (auto& [processIdentifier, name] : dependencies_.accessiblePrograms())
-    if (processIdentifier > 0) {
-      const auto [entry, isNew] = found.try_emplace(processIdentifier);
-      entry->second.name = std::move(name);
-      if (isNew) entry->second.isRegular = true;
-    }
+  for (const std::int32_t processIdentifier : dependencies_.accessiblePrograms())
+    if (processIdentifier > 0) found.try_emplace(processIdentifier, Found{.clues = {}, .isRegular = true});
 }
 
 RunningApplication LinuxApplications::described(std::int32_t processIdentifier, const Found& found) {
   RunningApplication application;
   application.processIdentifier = processIdentifier;
   application.bundleIdentifier = desktopFiles_.identifier(found.clues);
-  std::string name = !found.clues.className.empty() ? found.clues.className : found.name;
-  if (name.empty()) name = processName(processIdentifier);
+  std::string name = found.clues.className.empty() ? processName(processIdentifier) : found.clues.className;
   if (!name.empty()) application.localizedName = std::move(name);
   application.isTerminated = !isProcessRunning(processIdentifier);
   application.isRegular = found.isRegular && processIdentifier != ownProcessIdentifier();

@@ -19,13 +19,13 @@
 namespace tallyfox::linux_os {
 
 /// The applications of an X session: every process with a managed window, and the accessible programs without one.
-/// Ordered by process id. The name is the windows' class, else what the program calls itself, else the kernel's name of
-/// the process; the bundle identifier is the id of the desktop file that the windows belong to. Not regular are this
-/// process and those whose windows are all panels or the desktop.
+/// Ordered by process id. The name is the windows' class, else the kernel's name of the process; the bundle identifier
+/// is the id of the desktop file that the windows belong to. Not regular are this process and those whose windows are
+/// all panels or the desktop.
 class LinuxApplications : public Applications {
  public:
-  /// Process ids and names of programs that offer their elements. Called from any thread; empty counts as none.
-  using AccessiblePrograms = std::function<std::vector<std::pair<std::int32_t, std::string>>()>;
+  /// Process ids of programs that offer their elements. Called from any thread; empty counts as none.
+  using AccessiblePrograms = std::function<std::vector<std::int32_t>()>;
 
   struct Dependencies {
     std::shared_ptr<X11Desktop> desktop;
@@ -53,7 +53,6 @@ class LinuxApplications : public Applications {
   /// What was found out about one process.
   struct Found {
     DesktopFileClues clues;
-    std::string name;
     bool isRegular = false;
   };
   [[nodiscard]] std::map<std::int32_t, Found> foundByWindows() const;

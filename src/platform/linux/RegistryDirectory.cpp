@@ -50,6 +50,10 @@ void RegistryDirectory::refresh(AtspiBus& bus) {
 
 const std::vector<AtspiReference>& RegistryDirectory::rootsOf(std::int32_t processIdentifier, AtspiBus& bus) {
   if (!isFrozen_ && !rootsByProcess_.contains(processIdentifier)) refresh(bus);
+  return knownRootsOf(processIdentifier);
+}
+
+const std::vector<AtspiReference>& RegistryDirectory::knownRootsOf(std::int32_t processIdentifier) const {
   static const std::vector<AtspiReference> none;
   const auto known = rootsByProcess_.find(processIdentifier);
   return known == rootsByProcess_.end() ? none : known->second;

@@ -16,6 +16,8 @@ class RegistryDirectory {
  public:
   /// The roots of the applications of one process, normally one. Reads the registry anew when the process is unknown.
   [[nodiscard]] const std::vector<AtspiReference>& rootsOf(std::int32_t processIdentifier, AtspiBus& bus);
+  /// The same of what was read already.
+  [[nodiscard]] const std::vector<AtspiReference>& knownRootsOf(std::int32_t processIdentifier) const;
   /// The process of a connection; 0 when it is gone.
   [[nodiscard]] std::int32_t processOf(const std::string& busName, AtspiBus& bus);
   void refresh(AtspiBus& bus);

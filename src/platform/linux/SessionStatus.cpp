@@ -18,6 +18,9 @@ constexpr const char* enabledProperty = "IsEnabled";
 }  // namespace
 
 std::expected<SdBusMessageHandle, std::string> SessionStatus::question(const char* interface, const char* member) {
+  // That the other side hung up shows only when what came in is looked at.
+  while (bus_ && sd_bus_process(bus_.get(), nullptr) > 0) {
+  }
   if (!bus_ || sd_bus_is_open(bus_.get()) <= 0) {
     bus_.reset();
     auto bus = connectedBus(address_, connectTimeout);

@@ -150,6 +150,10 @@ Toolkit toolkitNamed(std::string_view name) {
   return name.empty() ? Toolkit::unknown : Toolkit::other;
 }
 
+bool isBrowserToolkit(std::string_view name) {
+  return name == "Chromium" || name == "Gecko";
+}
+
 std::string withoutMarkup(std::string_view text) {
   if (!looksLikeMarkup(text)) return std::string(text);
   std::string plain;

@@ -16,6 +16,8 @@ enum class Toolkit {
 
 /// From Application.ToolkitName: GTK 3 calls itself "gtk", GTK 4 "GTK".
 [[nodiscard]] Toolkit toolkitNamed(std::string_view name);
+/// Whether what it asks is shown inside one window: browsers, and the programs that are made of one.
+[[nodiscard]] bool isBrowserToolkit(std::string_view name);
 
 /// What the toolkit puts around a text that is not on the screen: mnemonic marks and markup. All results are valid
 /// UTF-8.

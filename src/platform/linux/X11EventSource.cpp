@@ -9,18 +9,7 @@ namespace {
 
 constexpr std::uint8_t sentByAnotherClient = 0x80;
 
-template <typename Held>
-struct Holder : Subscription {
-  explicit Holder(std::shared_ptr<Held> subscriber) : held(std::move(subscriber)) {}
-  std::shared_ptr<Held> held;
-};
-
 }  // namespace
-
-/// Kept by its subscription alone, so that the end of this silences it.
-struct X11EventSource::Subscriber {
-  std::function<void(const X11Change&)> onChange;
-};
 
 X11EventSource::X11EventSource(const std::optional<std::string>& display, FileDescriptorWatcher& watcher,
                                SerialQueue& mainQueue)
@@ -36,11 +25,7 @@ X11EventSource::X11EventSource(const std::optional<std::string>& display, FileDe
 X11EventSource::~X11EventSource() = default;
 
 std::unique_ptr<Subscription> X11EventSource::subscribe(std::function<void(const X11Change&)> onChange) {
-  auto subscriber = std::make_shared<Subscriber>();
-  subscriber->onChange = std::move(onChange);
-  std::erase_if(subscribers_, [](const auto& entry) { return entry.expired(); });
-  subscribers_.push_back(subscriber);
-  return std::make_unique<Holder<Subscriber>>(std::move(subscriber));
+  return subscribers_.add(std::move(onChange));
 }
 
 void X11EventSource::onReadable() {
@@ -97,8 +82,7 @@ void X11EventSource::deliver(std::vector<X11Change> changes) {
   if (changes.empty()) return;
   mainQueue_.post([changes = std::move(changes), subscribers = subscribers_] {
     for (const X11Change& change : changes)
-      for (const auto& entry : subscribers)
-        if (const auto subscriber = entry.lock()) subscriber->onChange(change);
+      subscribers.tell(change);
   });
 }
 

@@ -9,6 +9,7 @@
 #include "base/Lifetime.hpp"
 #include "base/Queue.hpp"
 #include "platform/linux/FileDescriptorWatcher.hpp"
+#include "platform/linux/SubscriberList.hpp"
 #include "platform/linux/X11Connection.hpp"
 #include "platform/linux/X11DesktopState.hpp"
 #include "platform/linux/X11WindowReader.hpp"
@@ -32,7 +33,6 @@ class X11EventSource {
   [[nodiscard]] const X11DesktopState& state() const { return state_; }
 
  private:
-  struct Subscriber;
   void onReadable();
   [[nodiscard]] bool takeEvents();
   [[nodiscard]] bool tellsOfChange(const xcb_generic_event_t& event) const;
@@ -44,7 +44,7 @@ class X11EventSource {
   X11Connection connection_;
   X11WindowReader reader_;
   X11DesktopState state_;
-  std::vector<std::weak_ptr<Subscriber>> subscribers_;
+  SubscriberList<X11Change> subscribers_;
   std::unique_ptr<Subscription> watch_;
   Lifetime lifetime_;
 };

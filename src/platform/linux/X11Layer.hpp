@@ -29,5 +29,9 @@ struct X11LayerTraits {
 /// The desktop -1; ordinary windows 0; windows kept above 3; panels 20; what floats over everything (notifications,
 /// tooltips, menus, drag icons, unmanaged windows) 25. What the owner says it is decides before its state does.
 [[nodiscard]] std::int64_t windowLayer(const X11LayerTraits& traits);
+/// Whether a task list shows windows of this layer: those of programs that people work with.
+[[nodiscard]] constexpr bool isInTaskList(std::int64_t layer) {
+  return layer >= 0 && layer < 20;
+}
 
 }  // namespace tallyfox::linux_os

@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <string_view>
 
+#include "app/AgentConfiguration.hpp"
 #include "app/AppDelegate.hpp"
 #include "platform/linux/AccessibilitySwitch.hpp"
+#include "platform/linux/AtspiEventSource.hpp"
 #include "platform/linux/AutostartEntry.hpp"
 #include "platform/linux/BeastHttpClient.hpp"
 #include "platform/linux/BeastWebSocketTransport.hpp"
@@ -78,23 +80,40 @@ struct Desktop {
       : x11(std::move(opened)),
         display(services.environment.value("DISPLAY")),
         events(display, services.mainLoop, services.mainLoop),
+        contentEvents("", services.mainLoop),
         trustChanges("", services.mainLoop),
-        accessibility(x11, services.console),
-        observers(events,
+        accessibility(x11, services.console, "", unseenWindowsOf(services)),
+        observers(events, contentEvents,
                   [this](std::function<void()> onChange) { return trustChanges.subscribe(std::move(onChange)); }),
-        applications({x11, events, services.mainLoop, services.directories.dataDirectories, nullptr}),
+        applications({x11, events, services.mainLoop, services.directories.dataDirectories,
+                      [this] { return contentEvents.programs(); }}),
         windowList(x11),
-        input(x11, display) {}
+        input(x11, display),
+        signsOnScreen(events.subscribe([this](const X11Change& change) {
+          // A program that opens a window is worth another look for a bus that was lost.
+          if (change.kind == X11ChangeKind::windowOpened) contentEvents.connect();
+          accessibility.heardOf(change.processIdentifier);
+        })),
+        signsInContent(contentEvents.subscribe(
+            [this](const AtspiChange& change) { accessibility.heardOf(change.processIdentifier); })) {}
+
+  [[nodiscard]] static std::unique_ptr<UnseenWindows> unseenWindowsOf(Services& services) {
+    const bool isWanted = AgentConfiguration(services.environment).dialogDiagnostics();
+    return isWanted ? std::make_unique<UnseenWindows>(services.console) : nullptr;
+  }
 
   std::shared_ptr<X11Desktop> x11;
   std::optional<std::string> display;
   X11EventSource events;
+  AtspiEventSource contentEvents;
   TrustChangeWatcher trustChanges;
   LinuxAccessibility accessibility;
   LinuxAccessibilityObservers observers;
   LinuxApplications applications;
   LinuxWindowList windowList;
   XTestInput input;
+  std::unique_ptr<Subscription> signsOnScreen;
+  std::unique_ptr<Subscription> signsInContent;
 };
 
 /// The threads beside the main one, and what they carry.
