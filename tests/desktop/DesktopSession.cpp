@@ -203,7 +203,7 @@ void DesktopSession::startDisplay() {
   number.closeWriting();
   const std::string line = number.read(Seconds(20), "\n");
   if (line.find('\n') == std::string::npos) throw std::runtime_error("the X server did not start");
-  display_ = ":" + line.substr(0, line.find('\n'));
+  display_ = std::string(":").append(line, 0, line.find('\n'));
   environment_.push_back("DISPLAY=" + display_);
 }
 
