@@ -23,6 +23,7 @@ struct DialogDetector::ScreenReading {
     PromptContent content;
   };
   std::unique_ptr<AXReadScope> windowScope;
+  std::unique_ptr<AXReadScope> focusScope;
   std::unique_ptr<AXReadScope> contentScope;
   std::vector<Window> windows;
 };
@@ -38,13 +39,12 @@ DialogDetector::DialogDetector(Dependencies dependencies)
 
 DialogDetector::ScreenReading DialogDetector::readScreen(const AXHelpers& helpers, int descendantLimit) const {
   const PromptReader reader(helpers);
-  std::vector<WindowSource> sources =
-      WindowSources(helpers, dependencies_.applications, dependencies_.windowList).gather();
-  AXReadPlan windowPlan{.roots = {}, .attributes = PromptReader::attributes(), .descendantLimit = descendantLimit};
-  for (const WindowSource& source : sources)
-    windowPlan.roots.push_back(source.window);
+  GatheredWindows gathered = WindowSources(helpers, dependencies_.applications, dependencies_.windowList)
+                                 .gather(PromptReader::attributes(), descendantLimit);
+  std::vector<WindowSource>& sources = gathered.sources;
   ScreenReading reading;
-  reading.windowScope = dependencies_.accessibility.willRead(windowPlan);
+  reading.windowScope = std::move(gathered.scope);
+  reading.focusScope = std::move(gathered.focusScope);
 
   AXReadPlan contentPlan{.roots = {}, .attributes = PromptReader::attributes(), .descendantLimit = descendantLimit};
   std::vector<AXUIElement> contents;

@@ -1,5 +1,6 @@
 #include "detection/WindowSources.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <unordered_map>
 #include <unordered_set>
@@ -22,22 +23,31 @@ std::vector<WindowSource> uniquedByWindowSignature(std::vector<WindowSource> sou
 
 }  // namespace
 
-std::vector<WindowSource> WindowSources::gather() const {
+GatheredWindows WindowSources::gather(const std::vector<AXAttribute>& attributes, int descendantLimit) const {
   const std::vector<RunningApplication> applications = candidateApplications();
-  AXReadPlan plan{.roots = {},
-                  .attributes = {AXAttribute::windows, AXAttribute::mainWindow, AXAttribute::focusedWindow},
-                  .descendantLimit = 0};
+  AXReadPlan plan{.roots = {}, .attributes = attributes, .descendantLimit = descendantLimit};
+  plan.attributes.insert(plan.attributes.end(),
+                         {AXAttribute::windows, AXAttribute::mainWindow, AXAttribute::focusedWindow});
   for (const RunningApplication& application : applications) {
     plan.roots.push_back(helpers_.accessibility().applicationElement(application.processIdentifier));
     helpers_.elements().setMessagingTimeout(plan.roots.back(), messagingTimeout);
   }
   // Open over the system-wide questions too: a silent application with the focus then costs its time-out once.
-  const auto scope = helpers_.accessibility().willRead(plan);
+  GatheredWindows gathered;
+  gathered.scope = helpers_.accessibility().willRead(plan);
   std::vector<WindowSource> sources;
   for (std::size_t i = 0; i < applications.size(); ++i)
     appendSources(applications[i], plan.roots[i], sources);
-  appendSystemWideSources(sources);
-  return uniquedByWindowSignature(std::move(sources));
+  sources = uniquedByWindowSignature(std::move(sources));
+  const auto ofApplications = static_cast<std::ptrdiff_t>(sources.size());
+  appendSystemWideSources(applications, sources);
+  gathered.sources = uniquedByWindowSignature(std::move(sources));
+
+  AXReadPlan focusPlan{.roots = {}, .attributes = attributes, .descendantLimit = descendantLimit};
+  for (auto source = gathered.sources.begin() + ofApplications; source != gathered.sources.end(); ++source)
+    focusPlan.roots.push_back(source->window);
+  if (!focusPlan.roots.empty()) gathered.focusScope = helpers_.accessibility().willRead(focusPlan);
+  return gathered;
 }
 
 std::vector<RunningApplication> WindowSources::candidateApplications() const {
@@ -61,7 +71,8 @@ void WindowSources::appendSources(const RunningApplication& application, const A
   }
 }
 
-void WindowSources::appendSystemWideSources(std::vector<WindowSource>& sources) const {
+void WindowSources::appendSystemWideSources(const std::vector<RunningApplication>& applications,
+                                            std::vector<WindowSource>& sources) const {
   std::vector<AXUIElement> windows;
   if (auto window = helpers_.focusedWindow()) windows.push_back(*std::move(window));
   if (const auto focused = helpers_.focusedElement()) {
@@ -70,7 +81,9 @@ void WindowSources::appendSystemWideSources(std::vector<WindowSource>& sources) 
   for (AXUIElement& window : windows) {
     const auto owner = helpers_.elements().processIdentifier(window);
     if (!owner || *owner == applications_.ownProcessIdentifier()) continue;
-    const auto application = applications_.application(*owner).value_or(RunningApplication{});
+    const auto known = std::ranges::find(applications, *owner, &RunningApplication::processIdentifier);
+    const RunningApplication application =
+        known != applications.end() ? *known : applications_.application(*owner).value_or(RunningApplication{});
     sources.push_back(
         {std::move(window), application.localizedName.value_or("System prompt"), application.bundleIdentifier, *owner});
   }

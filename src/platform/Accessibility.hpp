@@ -11,7 +11,7 @@ namespace tallyfox {
 
 /// What a reader is about to read: `attributes` of each root and, when `descendantLimit` is positive, of the first that
 /// many descendants of each root in the order of the bounded depth-first walk (children taken last first, the root
-/// itself not counted).
+/// itself not counted). Of an application, with `windows` among the attributes, each window is a root instead.
 struct AXReadPlan {
   std::vector<AXUIElement> roots;
   std::vector<AXAttribute> attributes;

@@ -112,9 +112,11 @@ TEST_F(X11ApplicationsTest, listsEachProcessOnceInAscendingOrder) {
 TEST_F(X11ApplicationsTest, addsAccessibleProgramsWithoutWindows) {
   const auto process = session_.start({"sleep", "60"});
   accessible_ = {process->pid(), 0, getpid()};
-  const auto application = applications_->application(process->pid());
+  const auto named = [&] { return applications_->application(process->pid()); };
+  // A new process has its parent's name for a moment.
+  EXPECT_TRUE(DesktopSession::waitUntil([&] { return named() && named()->localizedName == "sleep"; }));
+  const auto application = named();
   ASSERT_TRUE(application);
-  EXPECT_THAT(application->localizedName, Optional(Eq("sleep")));
   EXPECT_EQ(application->bundleIdentifier, std::nullopt);
   EXPECT_TRUE(application->isRegular);
   EXPECT_EQ(applications_->application(0), std::nullopt);

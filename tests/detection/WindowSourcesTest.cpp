@@ -52,20 +52,23 @@ TEST_F(WindowSourcesTest, listsWindowsThenMainAndFocusedEachOnce) {
   const ElementID unlisted = open("Unlisted");
   desktop.setAttribute(back, AXAttribute::main, AXValue{true});
   desktop.focusWindow(unlisted);
-  EXPECT_THAT(sources.gather(), ElementsAre(WindowSource{desktop.element(unlisted), "Notes", "org.notes", pid},
-                                            WindowSource{desktop.element(front), "Notes", "org.notes", pid},
-                                            WindowSource{desktop.element(back), "Notes", "org.notes", pid}));
+  EXPECT_THAT(sources.gather({}, 0).sources,
+              ElementsAre(WindowSource{desktop.element(unlisted), "Notes", "org.notes", pid},
+                          WindowSource{desktop.element(front), "Notes", "org.notes", pid},
+                          WindowSource{desktop.element(back), "Notes", "org.notes", pid}));
 }
 
 TEST_F(WindowSourcesTest, namesANamelessApplication) {
   applications.known = {{pid, std::nullopt, std::nullopt, false, true}};
   const ElementID window = open("Window");
-  EXPECT_THAT(sources.gather(), ElementsAre(WindowSource{desktop.element(window), "Unknown app", std::nullopt, pid}));
+  EXPECT_THAT(sources.gather({}, 0).sources,
+              ElementsAre(WindowSource{desktop.element(window), "Unknown app", std::nullopt, pid}));
 }
 
 TEST_F(WindowSourcesTest, takesTheFocusOfAProcessThatIsNoApplication) {
   const ElementID window = open("Window");
-  EXPECT_THAT(sources.gather(), ElementsAre(WindowSource{desktop.element(window), "System prompt", std::nullopt, pid}));
+  EXPECT_THAT(sources.gather({}, 0).sources,
+              ElementsAre(WindowSource{desktop.element(window), "System prompt", std::nullopt, pid}));
 }
 
 TEST_F(WindowSourcesTest, takesTheWindowAroundTheFocusedElement) {
@@ -73,8 +76,9 @@ TEST_F(WindowSourcesTest, takesTheWindowAroundTheFocusedElement) {
   const ElementID sheet = desktop.addChild(window, spec(ax_role::sheet));
   const ElementID field = desktop.addChild(sheet, spec("AXTextField"));
   desktop.focusElement(field);
-  EXPECT_THAT(sources.gather(), ElementsAre(WindowSource{desktop.element(window), "System prompt", std::nullopt, pid},
-                                            WindowSource{desktop.element(sheet), "System prompt", std::nullopt, pid}));
+  EXPECT_THAT(sources.gather({}, 0).sources,
+              ElementsAre(WindowSource{desktop.element(window), "System prompt", std::nullopt, pid},
+                          WindowSource{desktop.element(sheet), "System prompt", std::nullopt, pid}));
 }
 
 TEST_F(WindowSourcesTest, climbsTwentyAncestorsAtMost) {
@@ -84,7 +88,7 @@ TEST_F(WindowSourcesTest, climbsTwentyAncestorsAtMost) {
     deepest = desktop.addChild(deepest, spec("AXGroup"));
   desktop.focusElement(deepest);
   desktop.setAttribute(window, AXAttribute::role, AXValue{std::string("AXSheet")});
-  EXPECT_EQ(sources.gather().size(), 1U);
+  EXPECT_EQ(sources.gather({}, 0).sources.size(), 1U);
   const auto nearest = AXHelpers(forwarding, forwarding).nearestWindow(desktop.element(deepest), 20);
   EXPECT_EQ(nearest, desktop.element(window));
   deepest = desktop.addChild(deepest, spec("AXGroup"));
@@ -96,13 +100,13 @@ TEST_F(WindowSourcesTest, leavesOutApplicationsThatTerminatedAndTheAgent) {
   const auto own = desktop.applications().ownProcessIdentifier();
   desktop.openWindow(own, spec(ax_role::window, "Status", frame));
   applications.known = {{pid, "org.notes", "Notes", true, true}, {own, "com.tallyfox.agent", "Tallyfox", false, true}};
-  EXPECT_THAT(sources.gather(), IsEmpty());
+  EXPECT_THAT(sources.gather({}, 0).sources, IsEmpty());
 }
 
 TEST_F(WindowSourcesTest, leavesOutAFocusOfAnUnknownProcess) {
   open("Window");
   forwarding.knowsProcesses = false;
-  EXPECT_THAT(sources.gather(), IsEmpty());
+  EXPECT_THAT(sources.gather({}, 0).sources, IsEmpty());
 }
 
 }  // namespace

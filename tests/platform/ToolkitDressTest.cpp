@@ -19,10 +19,10 @@ TEST(ToolkitDress, gtk4ButtonNamesLoseTheirMarkedHalf) {
 }
 
 TEST(ToolkitDress, browsersAreKnownByTheirToolkit) {
-  EXPECT_TRUE(isBrowserToolkit("Chromium"));
-  EXPECT_TRUE(isBrowserToolkit("Gecko"));
+  for (const std::string_view browser : {"Chromium", "Gecko"})
+    EXPECT_EQ(toolkitNamed(browser), Toolkit::browser);
   for (const std::string_view other : {"gtk", "GTK", "Qt", "VCL", "chromium", ""})
-    EXPECT_FALSE(isBrowserToolkit(other)) << other;
+    EXPECT_NE(toolkitNamed(other), Toolkit::browser) << other;
 }
 
 TEST(ToolkitDress, otherToolkitsUnderscoresAreShown) {

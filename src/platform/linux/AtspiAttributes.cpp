@@ -169,6 +169,11 @@ std::optional<AtspiWindow> AtspiAttributes::activeWindow(std::optional<std::int3
 }
 
 std::optional<AtspiReference> AtspiAttributes::focusedIn(const AtspiReference& window) {
+  if (canSearch(reading_.toolkitOf(window))) {
+    const auto claims = *reading_.read(window, fact::focusClaims).focusClaims;
+    if (claims && !claims->empty()) return claims->back();
+    if (claims) return std::nullopt;
+  }
   std::optional<AtspiReference> focused;
   // Containers of the focus may claim it too; the walk reaches them first.
   for (const AtspiReference& element : reading_.walk(window, limits::refindDescendants, fact::states)) {
@@ -250,11 +255,11 @@ Value AtspiAttributes::value(const AtspiReference& reference) {
   switch (*nature) {
     case AtspiNature::text:
     case AtspiNature::textContainer: {
-      const AtspiFacts& facts = reading_.read(reference, fact::text | fact::name | fact::toolkit);
       const Toolkit toolkit = reading_.toolkitOf(reference);
+      const std::string text = undressedText(reading_.read(reference, fact::text).text->value_or(""), toolkit);
+      if (!text.empty()) return text;
       // Not every label has a text to select; its name is its text then.
-      const std::string text = undressedText(facts.text->value_or(""), toolkit);
-      return textValue(text.empty() ? undressedText(facts.name->value_or(""), toolkit) : text);
+      return textValue(undressedText(reading_.read(reference, fact::name).name->value_or(""), toolkit));
     }
     case AtspiNature::field: {
       const auto text = *reading_.read(reference, fact::text).text;
@@ -303,28 +308,28 @@ Value AtspiAttributes::frame(const AtspiReference& reference, AXAttribute attrib
     if (attribute == AXAttribute::position) return AXPoint{.x = x, .y = y};
     return AXSize{.width = width, .height = height};
   };
-  const AtspiFacts facts = reading_.read(reference, fact::role | fact::states | fact::extents | fact::toolkit);
-  if (!*facts.states) return std::unexpected(facts.states->error());
-  if (facts.role->has_value() && canBeWindow(roleInfo(**facts.role).nature) && reading_.isTopLevel(reference)) {
+  if (canBeWindow(natureOf(reference).value_or(AtspiNature::plain)) && reading_.isTopLevel(reference)) {
     const auto window = reading_.windowAt(reference);
     if (window && window->screenWindow) {
       const DialogFrame& client = window->screenWindow->clientFrame;
       return answer(client.x, client.y, client.width, client.height);
     }
   }
-  if (!*facts.extents) return std::unexpected(facts.extents->error());
-  const AtspiExtents& extents = **facts.extents;
+  const auto isShown = reading_.isShown(reference);
+  if (!isShown) return std::unexpected(isShown.error());
+  const auto extents = *reading_.read(reference, fact::extents).extents;
+  if (!extents) return std::unexpected(extents.error());
   // What is hidden keeps its last place in some toolkits.
-  if (!isOnAScreen(extents) || !reading_.isShown(reference, **facts.states)) return noValue;
-  double x = extents.x;
-  double y = extents.y;
+  if (!isOnAScreen(*extents) || !*isShown) return noValue;
+  double x = extents->x;
+  double y = extents->y;
   if (attribute == AXAttribute::position && reading_.toolkitOf(reference) == Toolkit::gtk4) {
     const auto window = reading_.windowAround(reference);
     if (!window || !window->screenWindow) return noValue;
     x += window->screenWindow->clientFrame.x;
     y += window->screenWindow->clientFrame.y;
   }
-  return answer(x, y, extents.width, extents.height);
+  return answer(x, y, extents->width, extents->height);
 }
 
 Value AtspiAttributes::defaultButton(const AtspiReference& reference) {

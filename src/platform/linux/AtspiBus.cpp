@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <span>
 #include <string_view>
 
 namespace tallyfox::linux_os {
@@ -24,7 +25,35 @@ constexpr std::chrono::seconds firstRetry{2};
 /// So long at most: a peer whose events and probes we miss is still seen again within a minute.
 constexpr std::chrono::seconds longestRetry{60};
 
+int appendNumbers(sd_bus_message* message, std::span<const std::uint32_t> words) {
+  int result = sd_bus_message_open_container(message, 'a', "i");
+  for (const std::uint32_t word : words) {
+    if (result >= 0) result = sd_bus_message_append(message, "i", static_cast<std::int32_t>(word));
+  }
+  return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
+/// The rule: states, attributes, roles and interfaces, each with how they are to match.
+int append(sd_bus_message* message, const AtspiSearch& search) {
+  constexpr std::int32_t all = 1;
+  constexpr std::int32_t any = 2;
+  constexpr std::uint32_t inTreeOrder = 1;
+  const std::array<std::uint32_t, 2> states = {static_cast<std::uint32_t>(search.states),
+                                               static_cast<std::uint32_t>(search.states >> 32)};
+  std::array<std::uint32_t, 5> roles = {};
+  for (const std::uint32_t role : search.roles)
+    if (role / 32 < roles.size()) roles[role / 32] |= 1U << (role % 32);
+  int result = sd_bus_message_open_container(message, 'r', "aiia{ss}iaiiasib");
+  if (result >= 0) result = appendNumbers(message, states);
+  if (result >= 0) result = sd_bus_message_append(message, "ia{ss}i", all, 0, all);
+  if (result >= 0) result = appendNumbers(message, roles);
+  if (result >= 0) result = sd_bus_message_append(message, "iasib", search.roles.empty() ? all : any, 0, all, 0);
+  if (result >= 0) result = sd_bus_message_close_container(message);
+  return result < 0 ? result : sd_bus_message_append(message, "uib", inTreeOrder, search.count, 1);
+}
+
 int append(sd_bus_message* message, const AtspiArgument& argument) {
+  if (const auto* search = std::get_if<AtspiSearch>(&argument)) return append(message, *search);
   if (const auto* text = std::get_if<std::string>(&argument))
     return sd_bus_message_append_basic(message, 's', text->c_str());
   if (const auto* number = std::get_if<std::int32_t>(&argument))

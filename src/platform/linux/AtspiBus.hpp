@@ -21,7 +21,15 @@
 
 namespace tallyfox::linux_os {
 
-using AtspiArgument = std::variant<std::int32_t, std::uint32_t, std::string>;
+/// What Collection.GetMatches looks for anywhere below an object: those with all these states and one of these roles
+/// (any when empty), the first `count` in the order of the tree.
+struct AtspiSearch {
+  std::uint64_t states = 0;
+  std::vector<std::uint32_t> roles;
+  std::int32_t count = 0;
+};
+
+using AtspiArgument = std::variant<std::int32_t, std::uint32_t, std::string, AtspiSearch>;
 
 /// One method call. `interface` and `member` are literals.
 struct AtspiCall {

@@ -170,7 +170,7 @@ void AtspiEventSource::learnProcess(Program& program, sd_bus_message* reply) {
 
 void AtspiEventSource::learnToolkit(Program& program, sd_bus_message* reply) {
   const char* name = nullptr;
-  if (sd_bus_message_read(reply, "v", "s", &name) > 0 && isBrowserToolkit(name)) listenTo(program);
+  if (sd_bus_message_read(reply, "v", "s", &name) > 0 && toolkitNamed(name) == Toolkit::browser) listenTo(program);
 }
 
 /// Opens up this browser to us alone, for as long as this connection lasts; then its own signals reach us.

@@ -25,6 +25,9 @@ struct AtspiFacts {
   AtspiFact<std::string> text;
   AtspiFact<AtspiExtents> extents;
   AtspiFact<AtspiReference> parent;
+  AtspiFact<std::vector<AtspiReference>> focusClaims;  ///< objects inside it that claim the focus, outermost first
+  bool isFoundShown =
+      false;  ///< a search found it shown and settled its children, all shown; its states were not asked
 };
 
 /// A set of facts, as bits.
@@ -40,6 +43,7 @@ inline constexpr FactSet text = 64;
 inline constexpr FactSet extents = 128;
 inline constexpr FactSet parent = 256;
 inline constexpr FactSet toolkit = 512;  ///< of the object's program
+inline constexpr FactSet focusClaims = 1024;
 }  // namespace fact
 
 }  // namespace tallyfox::linux_os

@@ -19,6 +19,8 @@ constexpr const char* properties = "org.freedesktop.DBus.Properties";
 constexpr std::int32_t wideChildren = 200;
 /// Of a wide object only so many, the last ones, count as children: the walk begins there and goes no further.
 constexpr std::int32_t wideChildrenRead = limits::refindDescendants;
+/// Containers around the focus may claim it too; dialogs nest a few deep.
+constexpr std::int32_t mostFocusClaims = 16;
 /// Nesting beyond this is a loop.
 constexpr int mostAncestors = 64;
 
@@ -40,6 +42,7 @@ FactSet knownOf(const AtspiFacts& facts) {
   add(facts.text, fact::text);
   add(facts.extents, fact::extents);
   add(facts.parent, fact::parent);
+  add(facts.focusClaims, fact::focusClaims);
   return known;
 }
 
@@ -58,10 +61,6 @@ std::expected<AtspiStates, AXError> livingStates(AtspiBus::Answer answer) {
   auto states = ofLiving(reply::states(answer));
   if (states && has(*states, AtspiState::defunct)) return std::unexpected(AXError::invalidElement);
   return states;
-}
-
-void answered(AtspiStep& step) {
-  if (--step.outstanding == 0 && step.onDone) step.onDone();
 }
 
 }  // namespace
@@ -94,7 +93,7 @@ void AtspiReading::ask(const AtspiReference& reference, AtspiCall call, AtspiFac
   ++step.outstanding;
   session_.bus()->send(std::move(call), [this, reference, field, decoded, &step](AtspiBus::Answer answer) {
     own(reference).*field = decoded(answer);
-    answered(step);
+    step.noteAnswer();
   });
 }
 
@@ -111,7 +110,7 @@ bool AtspiReading::want(const AtspiReference& reference, FactSet facts, AtspiSte
   const auto isMissing = [missing](FactSet one) { return (missing & one) != 0; };
   // How many children there are decides how they are asked for.
   if (isMissing(fact::children)) askChildren(reference, step);
-  if (isMissing(fact::childCount) && (known.childCount || !isMissing(fact::children)))
+  if (isMissing(fact::childCount) && (reference.isApplicationRoot() || !isMissing(fact::children)))
     ask(reference, propertyOf(reference, accessible, "ChildCount"), &AtspiFacts::childCount, reply::variantNumber,
         step);
   if (isMissing(fact::role))
@@ -134,6 +133,7 @@ bool AtspiReading::want(const AtspiReference& reference, FactSet facts, AtspiSte
         reply::extents, step);
   }
   if (isMissing(fact::toolkit)) askToolkit(reference, step);
+  if (isMissing(fact::focusClaims)) askFocusClaims(reference, step);
   return true;
 }
 
@@ -149,6 +149,7 @@ void AtspiReading::refuse(const AtspiReference& reference, FactSet facts) {
   if ((facts & fact::text) != 0) known.text = refusal;
   if ((facts & fact::extents) != 0) known.extents = refusal;
   if ((facts & fact::parent) != 0) known.parent = refusal;
+  if ((facts & fact::focusClaims) != 0) known.focusClaims = refusal;
   if ((facts & fact::toolkit) != 0) session_.learnToolkit(reference.busName, Toolkit::unknown);
 }
 
@@ -159,29 +160,41 @@ void AtspiReading::askToolkit(const AtspiReference& reference, AtspiStep& step) 
                        [this, name = reference.busName, &step](AtspiBus::Answer answer) {
                          const auto toolkit = reply::variantText(answer);
                          session_.learnToolkit(name, toolkit ? toolkitNamed(*toolkit) : Toolkit::unknown);
-                         answered(step);
+                         step.noteAnswer();
                        });
+}
+
+/// Asked of programs that can search; others are walked.
+void AtspiReading::askFocusClaims(const AtspiReference& reference, AtspiStep& step) {
+  ask(reference,
+      {reference,
+       "org.a11y.atspi.Collection",
+       "GetMatches",
+       {AtspiSearch{.states = bit(AtspiState::focused), .roles = {}, .count = mostFocusClaims}}},
+      &AtspiFacts::focusClaims, reply::references, step);
 }
 
 void AtspiReading::askChildren(const AtspiReference& reference, AtspiStep& step) {
   const AtspiFact<std::int32_t>& count = own(reference).childCount;
-  if (!count) {
+  // An application's own children are its windows, which are few.
+  if (!count && !reference.isApplicationRoot()) {
     ask(reference, propertyOf(reference, accessible, "ChildCount"), &AtspiFacts::childCount, reply::variantNumber,
         step);
     return;
   }
-  if (count->value_or(1) <= 0) {
+  const std::int32_t children = count ? count->value_or(1) : 1;
+  if (children <= 0) {
     learnChildren(reference, {});
     return;
   }
-  if (count->value_or(1) > wideChildren) {
-    askLastChildren(reference, **count, step);
+  if (children > wideChildren) {
+    askLastChildren(reference, children, step);
     return;
   }
   ++step.outstanding;
   session_.bus()->send({reference, accessible, "GetChildren", {}}, [this, reference, &step](AtspiBus::Answer answer) {
     learnChildren(reference, reply::references(answer));
-    answered(step);
+    step.noteAnswer();
   });
 }
 
@@ -199,7 +212,7 @@ void AtspiReading::askLastChildren(const AtspiReference& reference, std::int32_t
                              gathering->children[static_cast<std::size_t>(place)] = std::move(*child);
                            if (--gathering->outstanding > 0) return;
                            learnChildren(reference, std::move(gathering->children));
-                           answered(step);
+                           step.noteAnswer();
                          });
   }
 }
@@ -215,6 +228,11 @@ void AtspiReading::learnChildren(const AtspiReference& reference,
     }
   }
   own(reference).children = std::move(children);
+}
+
+void AtspiReading::learnShownChildren(const AtspiReference& reference, std::vector<AtspiReference> children) {
+  learnChildren(reference, std::move(children));
+  own(reference).isFoundShown = true;
 }
 
 const AtspiFacts& AtspiReading::read(const AtspiReference& reference, FactSet facts) {
@@ -276,6 +294,13 @@ Toolkit AtspiReading::toolkitOf(const AtspiReference& reference) {
 bool AtspiReading::isShown(const AtspiReference& reference, AtspiStates states) const {
   if (has(states, AtspiState::showing) || has(states, AtspiState::iconified)) return true;
   return has(states, AtspiState::visible) && session_.toolkitOf(reference.busName) == Toolkit::gtk4;
+}
+
+std::expected<bool, AXError> AtspiReading::isShown(const AtspiReference& reference) {
+  if (known(reference).isFoundShown) return true;
+  const auto states = *read(reference, fact::states | fact::toolkit).states;
+  if (!states) return std::unexpected(states.error());
+  return isShown(reference, *states);
 }
 
 bool AtspiReading::isTopLevel(const AtspiReference& reference) {

@@ -31,6 +31,10 @@ struct AtspiWindow {
 struct AtspiStep {
   std::size_t outstanding = 0;
   std::function<void()> onDone;
+
+  void noteAnswer() {
+    if (--outstanding == 0 && onDone) onDone();
+  }
 };
 
 /// What was read of the accessibility world so far: the memory of a read scope, or of one question. What an outer
@@ -47,6 +51,10 @@ class AtspiReading {
   bool want(const AtspiReference& reference, FactSet facts, AtspiStep& step);
   /// What is known now. Valid until the next call on this reading.
   [[nodiscard]] const AtspiFacts& known(const AtspiReference& reference);
+  void learnRole(const AtspiReference& reference, std::uint32_t role) { own(reference).role = role; }
+  void learnChildren(const AtspiReference& reference, std::expected<std::vector<AtspiReference>, AXError> children);
+  /// All of its shown children, by a search.
+  void learnShownChildren(const AtspiReference& reference, std::vector<AtspiReference> children);
   /// After having asked for what is missing of `facts`.
   [[nodiscard]] const AtspiFacts& read(const AtspiReference& reference, FactSet facts);
 
@@ -69,6 +77,8 @@ class AtspiReading {
   [[nodiscard]] Toolkit toolkitOf(const AtspiReference& reference);
   /// Whether its states mean that it is on the screen, or would be were its window not minimised or covered.
   [[nodiscard]] bool isShown(const AtspiReference& reference, AtspiStates states) const;
+  /// The same, by a search or its states.
+  [[nodiscard]] std::expected<bool, AXError> isShown(const AtspiReference& reference);
   /// Whether it lies directly below its application. Objects whose parent cannot be read count as such.
   [[nodiscard]] bool isTopLevel(const AtspiReference& reference);
 
@@ -82,7 +92,7 @@ class AtspiReading {
   void askChildren(const AtspiReference& reference, AtspiStep& step);
   void askLastChildren(const AtspiReference& reference, std::int32_t count, AtspiStep& step);
   void askToolkit(const AtspiReference& reference, AtspiStep& step);
-  void learnChildren(const AtspiReference& reference, std::expected<std::vector<AtspiReference>, AXError> children);
+  void askFocusClaims(const AtspiReference& reference, AtspiStep& step);
   void refuse(const AtspiReference& reference, FactSet facts);
   [[nodiscard]] std::vector<AtspiWindow> matchedWindowsOf(std::int32_t processIdentifier,
                                                           const std::vector<AtspiReference>& candidates);

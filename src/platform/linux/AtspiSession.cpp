@@ -8,6 +8,8 @@ namespace {
 
 /// Programs whose toolkit is remembered; beyond, all are asked again. A desktop runs some dozens.
 constexpr std::size_t rememberedToolkits = 512;
+/// Dialogs of which it is remembered whether searches help; beyond, all are tried again.
+constexpr std::size_t rememberedDialogs = 512;
 
 }  // namespace
 
@@ -22,6 +24,7 @@ AtspiBus* AtspiSession::bus() {
   bus_.reset();
   directory_ = RegistryDirectory();
   toolkits_.clear();
+  searchable_.clear();
   const auto address = status_.accessibilityBusAddress();
   if (!address) return nullptr;
   auto bus = AtspiBus::connect(*address);
@@ -31,7 +34,8 @@ AtspiBus* AtspiSession::bus() {
 }
 
 void AtspiSession::beginQuestion() {
-  if (!bus_) return;
+  // A scope is one question.
+  if (!bus_ || !scopes_.empty()) return;
   bus_->catchUp();
   for (const std::int32_t process : signs_->since(signsSeen_))
     for (const AtspiReference& root : directory_.knownRootsOf(process))
@@ -67,6 +71,17 @@ std::optional<Toolkit> AtspiSession::toolkitOf(const std::string& busName) const
 void AtspiSession::learnToolkit(const std::string& busName, Toolkit toolkit) {
   if (toolkits_.size() >= rememberedToolkits) toolkits_.clear();
   toolkits_[busName] = toolkit;
+}
+
+std::optional<bool> AtspiSession::isSearchable(const AtspiReference& dialog) const {
+  const auto known = searchable_.find(dialog);
+  if (known == searchable_.end()) return std::nullopt;
+  return known->second;
+}
+
+void AtspiSession::noteSearchable(const AtspiReference& dialog, bool isSearchable) {
+  if (searchable_.size() >= rememberedDialogs) searchable_.clear();
+  searchable_[dialog] = isSearchable;
 }
 
 void AtspiSession::openScope(AtspiReading& scope) {

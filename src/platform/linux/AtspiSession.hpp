@@ -45,6 +45,10 @@ class AtspiSession {
   [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName) const;
   void learnToolkit(const std::string& busName, Toolkit toolkit);
 
+  /// Whether searches inside this dialog told of all that it shows; absent when it was not tried.
+  [[nodiscard]] std::optional<bool> isSearchable(const AtspiReference& dialog) const;
+  void noteSearchable(const AtspiReference& dialog, bool isSearchable);
+
   void openScope(AtspiReading& scope);
   void closeScope(AtspiReading& scope);
   /// The innermost reading that may still be used; no pointer without one.
@@ -65,6 +69,7 @@ class AtspiSession {
   std::unique_ptr<AtspiBus> bus_;
   RegistryDirectory directory_;
   std::unordered_map<std::string, Toolkit> toolkits_;
+  std::unordered_map<AtspiReference, bool> searchable_;
   std::unordered_map<std::int32_t, std::chrono::microseconds> timeouts_;
   std::optional<std::chrono::microseconds> systemWideTimeout_;
   std::vector<OpenScope> scopes_;

@@ -8,8 +8,6 @@
 namespace tallyfox::linux_os {
 namespace {
 
-constexpr FactSet structure = fact::role | fact::states | fact::childCount | fact::toolkit;
-
 /// Roles whose words and places a reader of dialogs asks for.
 bool isReadable(AtspiNature nature) {
   return canBeWindow(nature) || nature == AtspiNature::button || nature == AtspiNature::text ||
@@ -17,40 +15,6 @@ bool isReadable(AtspiNature nature) {
 }
 
 }  // namespace
-
-ApplicationTask::ApplicationTask(AtspiReading& reading, std::int32_t processIdentifier)
-    : reading_(reading), roots_(reading.session().rootsOf(processIdentifier)) {
-  step_.onDone = [this] { advance(); };
-}
-
-void ApplicationTask::advance() {
-  // Without a bus the facts are known as errors at once and no answer will call again.
-  while (sendMissing() && step_.outstanding == 0) {
-  }
-}
-
-bool ApplicationTask::sendMissing() {
-  bool isMissing = false;
-  for (const AtspiReference& root : roots_) {
-    if (reading_.want(root, fact::childCount | fact::toolkit, step_)) {
-      isMissing = true;
-      continue;
-    }
-    isMissing |= reading_.want(root, fact::children, step_);
-    const AtspiFact<std::vector<AtspiReference>> children = reading_.known(root).children;
-    if (!children || !*children) continue;
-    for (const AtspiReference& child : **children) {
-      if (reading_.want(child, fact::role | fact::states, step_)) {
-        isMissing = true;
-        continue;
-      }
-      const AtspiFacts& facts = reading_.known(child);
-      if (!*facts.role || !canBeWindow(roleInfo(**facts.role).nature)) continue;
-      isMissing |= reading_.want(child, fact::name | fact::extents, step_);
-    }
-  }
-  return isMissing;
-}
 
 AtspiNeeds AtspiNeeds::of(const std::vector<AXAttribute>& attributes) {
   const auto has = [&attributes](AXAttribute attribute) {
@@ -77,29 +41,116 @@ std::vector<AtspiReference> WalkTask::order() {
 }
 
 bool WalkTask::sendMissing() {
+  if (sendSearch()) return true;
   bool isMissing = reading_.want(root_, neededOf(root_, true), step_);
   for (const AtspiReference& element : order())
     isMissing |= reading_.want(element, neededOf(element, false), step_);
   return isMissing;
 }
 
+bool WalkTask::canBeSearched() {
+  AtspiSession& session = reading_.session();
+  if (limit_ == 0 || !session.isSearchable(root_).value_or(true)) return false;
+  const auto toolkit = session.toolkitOf(root_.busName);
+  const AtspiFacts& facts = reading_.known(root_);
+  if (!toolkit || !canSearch(*toolkit) || facts.children) return false;
+  if (!facts.role) return isDialogExpected_;
+  return *facts.role && (**facts.role == atspi_role::alert || **facts.role == atspi_role::dialog);
+}
+
+bool WalkTask::sendSearch() {
+  if (!search_) {
+    if (!canBeSearched()) return false;
+    search_.emplace(reading_, root_, limit_);
+  }
+  const bool goesOn = search_->sendMissing(step_);
+  for (const AtspiReference& element : search_->shown())
+    if (reading_.known(element).role) (void)reading_.want(element, neededOf(element, false), step_);
+  return goesOn;
+}
+
 FactSet WalkTask::neededOf(const AtspiReference& reference, bool isRoot) {
   const AtspiFacts& facts = reading_.known(reference);
-  FactSet needed = structure | needs_.always;
-  if (isRoot) needed |= fact::parent;
-  if (!facts.role || !facts.states || !facts.childCount) return needed;
+  FactSet needed = needs_.always | fact::role | fact::toolkit;
+  if (isRoot) needed |= fact::parent | fact::states;
+  const bool isSearched = facts.isFoundShown || (search_ && !search_->hasFailed());
+  if (!isSearched) needed |= fact::states | fact::childCount;
+  if (!facts.role || (!isSearched && (!facts.states || !facts.childCount))) return needed;
   // What went away or does not answer has nothing more to say.
-  if (!*facts.role || !*facts.states) return needed;
-  if (limit_ > 0 && facts.childCount->value_or(1) > 0) needed |= fact::children;
+  if (!*facts.role || (facts.states && !*facts.states)) return needed;
+  if (limit_ > 0 && !isSearched && facts.childCount->value_or(1) > 0) needed |= fact::children;
   const AtspiNature nature = roleInfo(**facts.role).nature;
+  if (nature == AtspiNature::field || nature == AtspiNature::check) needed |= fact::states;
   if (!isReadable(nature)) return needed;
   const bool isText = nature == AtspiNature::text || nature == AtspiNature::textContainer;
-  if (needs_.title || (needs_.value && isText)) needed |= fact::name;
-  if (needs_.value && isText) needed |= fact::text;
-  if (needs_.frame) needed |= fact::extents;
+  // The name of a text counts only when it has no other text.
+  const bool isWordless = !needs_.value || (facts.text && facts.text->value_or("").empty());
+  if (needs_.title && (!isText || isWordless)) needed |= fact::name;
+  if (needs_.value && isText) needed |= isWordless ? fact::text | fact::name : fact::text;
+  // The place of a window is known from the screen.
+  const bool isTopLevel = isRoot && facts.parent && *facts.parent && (*facts.parent)->isApplicationRoot();
+  if (needs_.frame && !(isTopLevel && canBeWindow(nature))) needed |= fact::extents;
   const bool isNameless = facts.name && facts.name->value_or("").empty();
   if (needs_.description && nature == AtspiNature::button && (isNameless || !needs_.title)) needed |= fact::description;
   return needed;
+}
+
+ApplicationTask::ApplicationTask(AtspiReading& reading, std::int32_t processIdentifier,
+                                 const std::optional<AtspiWindowNeeds>& windowNeeds)
+    : reading_(reading), windowNeeds_(windowNeeds), roots_(reading.session().rootsOf(processIdentifier)) {
+  step_.onDone = [this] { advance(); };
+  const AtspiScreen& screen = reading_.screen();
+  showsOnlyDialogs_ = true;
+  for (const XWindow& window : screen.windows) {
+    if (window.processIdentifier != processIdentifier) continue;
+    ++screenWindows_;
+    showsOnlyDialogs_ = showsOnlyDialogs_ && window.isDialogType;
+    hasFocus_ = hasFocus_ || window.id == screen.active;
+  }
+  showsOnlyDialogs_ = showsOnlyDialogs_ && screenWindows_ > 0;
+}
+
+void ApplicationTask::advance() {
+  // Without a bus the facts are known as errors at once and no answer will call again.
+  while (sendMissing() && step_.outstanding == 0) {
+  }
+}
+
+bool ApplicationTask::sendMissing() {
+  bool isMissing = false;
+  for (const AtspiReference& root : roots_) {
+    isMissing |= reading_.want(root, fact::children | fact::toolkit, step_);
+    const AtspiFact<std::vector<AtspiReference>> children = reading_.known(root).children;
+    if (!children || !*children) continue;
+    // One window here and one on the screen belong together whatever their places.
+    const bool isOnlyOne = roots_.size() == 1 && (*children)->size() == 1 && screenWindows_ == 1;
+    for (const AtspiReference& child : **children)
+      isMissing |= sendMissingOf(child, isOnlyOne ? fact::name : fact::name | fact::extents);
+  }
+  return isMissing;
+}
+
+bool ApplicationTask::sendMissingOf(const AtspiReference& child, FactSet facts) {
+  const bool isTrusted = showsOnlyDialogs_ && reading_.session().toolkitOf(child.busName).has_value();
+  // Of what is a window for sure, all is asked at once.
+  FactSet needed = fact::role | fact::states;
+  const AtspiFacts& known = reading_.known(child);
+  const bool isWindow =
+      known.role && *known.role && canBeWindow(roleInfo(**known.role).nature) && known.states && *known.states;
+  if (isTrusted || isWindow) needed |= facts;
+  if ((isTrusted || isWindow) && hasFocus_ && canSearch(*reading_.session().toolkitOf(child.busName)))
+    needed |= fact::focusClaims;
+  const bool isMissing = reading_.want(child, needed, step_);
+  if (windowNeeds_ && (isTrusted || isWindow)) walkInto(child);
+  return isMissing;
+}
+
+void ApplicationTask::walkInto(const AtspiReference& window) {
+  std::unique_ptr<WalkTask>& walk = walks_[window];
+  if (walk) return;
+  walk = std::make_unique<WalkTask>(reading_, window, windowNeeds_->descendantLimit, windowNeeds_->ofElements);
+  if (showsOnlyDialogs_) walk->expectDialog();
+  walk->advance();
 }
 
 }  // namespace tallyfox::linux_os

@@ -1,27 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/AXTypes.hpp"
 #include "platform/linux/AtspiReading.hpp"
+#include "platform/linux/DialogSearch.hpp"
 
 namespace tallyfox::linux_os {
-
-/// Reads the windows of one process into a reading, step by step: each step sends what the answers of the step before
-/// showed to be missing. Tasks of several programs proceed side by side. Outlives its calls.
-class ApplicationTask {
- public:
-  ApplicationTask(AtspiReading& reading, std::int32_t processIdentifier);
-  void advance();
-
- private:
-  bool sendMissing();
-
-  AtspiReading& reading_;
-  std::vector<AtspiReference> roots_;
-  AtspiStep step_;
-};
 
 /// Which facts a reader will need of an element, by what the element is.
 struct AtspiNeeds {
@@ -36,20 +26,58 @@ struct AtspiNeeds {
 
 /// Reads an element and its first `limit` descendants in the order of the bounded walk. Elements which the known part
 /// of the tree already puts beyond the limit are not asked.
+/// Dialogs are searched instead where that gives the same.
 class WalkTask {
  public:
   WalkTask(AtspiReading& reading, AtspiReference root, int limit, AtspiNeeds needs);
+  /// To be called before the first step when the root is a dialog for sure, though its role is not known yet.
+  void expectDialog() { isDialogExpected_ = true; }
   void advance();
   [[nodiscard]] std::vector<AtspiReference> order();
 
  private:
   bool sendMissing();
+  /// True while the search goes on.
+  bool sendSearch();
   [[nodiscard]] FactSet neededOf(const AtspiReference& reference, bool isRoot);
+  [[nodiscard]] bool canBeSearched();
 
   AtspiReading& reading_;
   AtspiReference root_;
   std::size_t limit_;
   AtspiNeeds needs_;
+  bool isDialogExpected_ = false;
+  std::optional<DialogSearch> search_;
+  AtspiStep step_;
+};
+
+/// What to read of the windows of a program, beyond that they are there.
+struct AtspiWindowNeeds {
+  int descendantLimit = 0;
+  AtspiNeeds ofElements;
+};
+
+/// Reads the windows of one process into a reading, step by step: each step sends what the answers of the step before
+/// showed to be missing. Tasks of several programs proceed side by side, and so do the windows of each. Outlives its
+/// calls.
+class ApplicationTask {
+ public:
+  ApplicationTask(AtspiReading& reading, std::int32_t processIdentifier,
+                  const std::optional<AtspiWindowNeeds>& windowNeeds = std::nullopt);
+  void advance();
+
+ private:
+  bool sendMissing();
+  bool sendMissingOf(const AtspiReference& child, FactSet facts);
+  void walkInto(const AtspiReference& window);
+
+  AtspiReading& reading_;
+  std::optional<AtspiWindowNeeds> windowNeeds_;
+  std::vector<AtspiReference> roots_;
+  std::ptrdiff_t screenWindows_ = 0;
+  bool showsOnlyDialogs_ = false;  ///< as the window manager was told
+  bool hasFocus_ = false;
+  std::unordered_map<AtspiReference, std::unique_ptr<WalkTask>> walks_;
   AtspiStep step_;
 };
 

@@ -123,9 +123,12 @@ class ReadScope final : public AXReadScope {
       if (element->kind() == AtspiElement::Kind::object) objects.insert(element->reference());
     }
 
+    std::optional<AtspiWindowNeeds> windowNeeds;
+    if (plan.descendantLimit > 0 && std::ranges::find(plan.attributes, AXAttribute::windows) != plan.attributes.end())
+      windowNeeds = {.descendantLimit = plan.descendantLimit, .ofElements = AtspiNeeds::of(plan.attributes)};
     std::vector<std::unique_ptr<ApplicationTask>> applications;
     for (const std::int32_t process : processes)
-      applications.push_back(std::make_unique<ApplicationTask>(reading_, process));
+      applications.push_back(std::make_unique<ApplicationTask>(reading_, process, windowNeeds));
     std::vector<std::unique_ptr<WalkTask>> walks;
     for (const AtspiReference& object : objects)
       walks.push_back(

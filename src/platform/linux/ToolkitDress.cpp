@@ -147,11 +147,12 @@ Toolkit toolkitNamed(std::string_view name) {
   if (name == "gtk") return Toolkit::gtk3;
   if (name == "GTK") return Toolkit::gtk4;
   if (name == "Qt") return Toolkit::qt;
+  if (name == "Chromium" || name == "Gecko") return Toolkit::browser;
   return name.empty() ? Toolkit::unknown : Toolkit::other;
 }
 
-bool isBrowserToolkit(std::string_view name) {
-  return name == "Chromium" || name == "Gecko";
+bool canSearch(Toolkit toolkit) {
+  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::browser;
 }
 
 std::string withoutMarkup(std::string_view text) {

@@ -8,16 +8,17 @@ namespace tallyfox::linux_os {
 /// Toolkits whose trees must be read differently.
 enum class Toolkit {
   unknown,
-  gtk3,  ///< also LibreOffice's GTK 3 plugin
-  gtk4,  ///< never says "showing", extents relative to the window, button names doubled
-  qt,    ///< rich text arrives as its source
+  gtk3,     ///< also LibreOffice's GTK 3 plugin
+  gtk4,     ///< never says "showing", extents relative to the window, button names doubled
+  qt,       ///< rich text arrives as its source
+  browser,  ///< what it asks is shown inside one window; also the programs that are made of a browser
   other,
 };
 
 /// From Application.ToolkitName: GTK 3 calls itself "gtk", GTK 4 "GTK".
 [[nodiscard]] Toolkit toolkitNamed(std::string_view name);
-/// Whether what it asks is shown inside one window: browsers, and the programs that are made of one.
-[[nodiscard]] bool isBrowserToolkit(std::string_view name);
+/// Whether its objects can be searched (Collection.GetMatches). The others answer with an error.
+[[nodiscard]] bool canSearch(Toolkit toolkit);
 
 /// What the toolkit puts around a text that is not on the screen: mnemonic marks and markup. All results are valid
 /// UTF-8.

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/linux/X11WindowMemory.hpp"
 #include "platform/linux/X11WindowReader.hpp"
 #include "platform/linux/XcbReply.hpp"
 
@@ -22,13 +23,14 @@ constexpr std::uint32_t iconicState = 3;
 }  // namespace
 
 struct X11Desktop::Connection {
-  explicit Connection(const std::optional<std::string>& display) : server(display), reader(server) {}
+  explicit Connection(const std::optional<std::string>& display)
+      : server(display), reader(server), memory(server, reader) {}
 
   /// Present while the window manager lists the window and it exists. A number that now names some other window is not
   /// in the list.
-  [[nodiscard]] std::optional<XWindow> managedWindow(XWindowID id, const X11Screen& screen) const {
+  [[nodiscard]] std::optional<XWindow> managedWindow(XWindowID id, const X11Screen& screen) {
     if (std::find(screen.managed.begin(), screen.managed.end(), id) == screen.managed.end()) return std::nullopt;
-    auto windows = reader.read({id}, screen);
+    auto windows = memory.read({id}, screen);
     if (windows.empty()) return std::nullopt;
     return std::move(windows.front());
   }
@@ -58,6 +60,7 @@ struct X11Desktop::Connection {
   std::mutex mutex;
   X11Connection server;
   X11WindowReader reader;
+  X11WindowMemory memory;
 };
 
 X11Desktop::X11Desktop(std::unique_ptr<Connection> connection) : connection_(std::move(connection)) {}
@@ -77,7 +80,7 @@ std::shared_ptr<X11Desktop> X11Desktop::withoutDisplay() {
 std::vector<XWindow> X11Desktop::windowsFrontToBack() {
   const std::scoped_lock lock(connection_->mutex);
   const X11Screen screen = connection_->reader.screen();
-  auto windows = connection_->reader.read(screen.managed, screen);
+  auto windows = connection_->memory.read(screen.managed, screen);
   std::ranges::reverse(windows);
   return windows;
 }

@@ -61,12 +61,11 @@ bool isSameMachine(std::string_view one, std::string_view other) {
 
 }  // namespace
 
-struct X11WindowReader::Questions {
-  XWindowID id = 0;
+/// The questions that no property answers.
+struct X11WindowReader::Place {
   xcb_get_window_attributes_cookie_t attributes{};
   xcb_get_geometry_cookie_t geometry{};
   xcb_translate_coordinates_cookie_t origin{};
-  std::array<xcb_get_property_cookie_t, Asked::count> properties{};
 };
 
 X11Property X11WindowReader::property(xcb_get_property_cookie_t question) const {
@@ -119,52 +118,74 @@ std::vector<XWindowID> X11WindowReader::unframedWindows() const {
   return managed;
 }
 
-X11WindowReader::Questions X11WindowReader::ask(XWindowID window) const {
-  Questions questions;
-  questions.id = window;
-  questions.attributes = xcb_get_window_attributes(connection_.get(), window);
-  questions.geometry = xcb_get_geometry(connection_.get(), window);
-  questions.origin = xcb_translate_coordinates(connection_.get(), window, connection_.root(), 0, 0);
-  const auto atoms = askedProperties(connection_);
-  for (std::size_t i = 0; i < atoms.size(); ++i)
-    questions.properties[i] = propertyOf(connection_, window, atoms[i]);
-  return questions;
+X11WindowReader::Place X11WindowReader::askForPlace(XWindowID window) const {
+  return {.attributes = xcb_get_window_attributes(connection_.get(), window),
+          .geometry = xcb_get_geometry(connection_.get(), window),
+          .origin = xcb_translate_coordinates(connection_.get(), window, connection_.root(), 0, 0)};
 }
 
-std::optional<X11WindowAnswers> X11WindowReader::collect(const Questions& questions) const {
-  X11WindowAnswers answers;
-  answers.id = questions.id;
-  // Every answer is fetched, also of a window that is gone: those left unfetched would stay in memory.
-  const auto attributes = owned(xcb_get_window_attributes_reply(connection_.get(), questions.attributes, nullptr));
-  const auto geometry = owned(xcb_get_geometry_reply(connection_.get(), questions.geometry, nullptr));
-  const auto origin = owned(xcb_translate_coordinates_reply(connection_.get(), questions.origin, nullptr));
-  for (std::size_t i = 0; i < Asked::count; ++i)
-    answers.properties[i] = property(questions.properties[i]);
-  if (!attributes || !geometry || !origin || origin->same_screen == 0) return std::nullopt;
-
+/// False when the window is gone. Every answer is fetched all the same: those left unfetched would stay in memory.
+bool X11WindowReader::collect(const Place& place, X11WindowAnswers& answers) const {
+  const auto attributes = owned(xcb_get_window_attributes_reply(connection_.get(), place.attributes, nullptr));
+  const auto geometry = owned(xcb_get_geometry_reply(connection_.get(), place.geometry, nullptr));
+  const auto origin = owned(xcb_translate_coordinates_reply(connection_.get(), place.origin, nullptr));
+  if (!attributes || !geometry || !origin || origin->same_screen == 0) return false;
   answers.isViewable = attributes->map_state == XCB_MAP_STATE_VIEWABLE;
   answers.isManaged = attributes->override_redirect == 0;
   answers.clientFrame = {double(origin->dst_x), double(origin->dst_y), double(geometry->width),
                          double(geometry->height)};
-  const std::string host = answers.properties[Asked::machine].text();
-  if (host.empty() || isSameMachine(host, connection_.hostName()))
-    answers.process = answers.properties[Asked::pid].value().and_then(processNumber);
-  return answers;
+  return true;
+}
+
+std::vector<X11WindowAnswers> X11WindowReader::ask(const std::vector<XWindowID>& windows) const {
+  struct Questions {
+    XWindowID id = 0;
+    Place place;
+    std::array<xcb_get_property_cookie_t, Asked::count> properties{};
+  };
+  const auto atoms = askedProperties(connection_);
+  std::vector<Questions> questions;
+  questions.reserve(windows.size());
+  for (const XWindowID window : windows) {
+    Questions& question = questions.emplace_back(Questions{.id = window, .place = askForPlace(window)});
+    for (std::size_t i = 0; i < atoms.size(); ++i)
+      question.properties[i] = propertyOf(connection_, window, atoms[i]);
+  }
+
+  std::vector<X11WindowAnswers> existing;
+  for (const Questions& question : questions) {
+    X11WindowAnswers answers;
+    answers.id = question.id;
+    const bool exists = collect(question.place, answers);
+    for (std::size_t i = 0; i < Asked::count; ++i)
+      answers.properties[i] = property(question.properties[i]);
+    if (!exists) continue;
+    const std::string host = answers.properties[Asked::machine].text();
+    if (host.empty() || isSameMachine(host, connection_.hostName()))
+      answers.process = answers.properties[Asked::pid].value().and_then(processNumber);
+    existing.push_back(std::move(answers));
+  }
+  askForTheMissing(existing);
+  return existing;
+}
+
+void X11WindowReader::renew(std::vector<X11WindowAnswers>& windows) const {
+  std::vector<Place> places;
+  places.reserve(windows.size());
+  for (const X11WindowAnswers& window : windows)
+    places.push_back(askForPlace(window.id));
+  std::size_t index = 0;
+  std::erase_if(windows, [&](X11WindowAnswers& window) { return !collect(places[index++], window); });
+}
+
+XWindow X11WindowReader::described(const X11WindowAnswers& answers, const X11Screen& screen) const {
+  return linux_os::described(answers, connection_, screen.currentDesktop);
 }
 
 std::vector<XWindow> X11WindowReader::read(const std::vector<XWindowID>& windows, const X11Screen& screen) const {
-  std::vector<Questions> questions;
-  questions.reserve(windows.size());
-  for (const XWindowID window : windows)
-    questions.push_back(ask(window));
-  std::vector<X11WindowAnswers> existing;
-  for (const Questions& question : questions)
-    if (auto answers = collect(question)) existing.push_back(std::move(*answers));
-  askForTheMissing(existing);
-
   std::vector<XWindow> read;
-  for (const X11WindowAnswers& answers : existing)
-    read.push_back(described(answers, connection_, screen.currentDesktop));
+  for (const X11WindowAnswers& answers : ask(windows))
+    read.push_back(described(answers, screen));
   return read;
 }
 

@@ -28,6 +28,11 @@ class X11WindowReader {
   [[nodiscard]] X11Screen screen() const;
   /// In the order given, windows that are gone left out. One round, and a short one for what some windows do not tell.
   [[nodiscard]] std::vector<XWindow> read(const std::vector<XWindowID>& windows, const X11Screen& screen) const;
+  /// The same before it is described.
+  [[nodiscard]] std::vector<X11WindowAnswers> ask(const std::vector<XWindowID>& windows) const;
+  /// Asks anew for what no property tells: where each is and whether it is mapped. One round; leaves out what is gone.
+  void renew(std::vector<X11WindowAnswers>& windows) const;
+  [[nodiscard]] XWindow described(const X11WindowAnswers& answers, const X11Screen& screen) const;
   /// The window among these that the child of the root holds, at whatever depth, or is itself.
   [[nodiscard]] std::optional<XWindowID> windowWithin(XWindowID topLevel, const std::vector<XWindowID>& windows) const;
   /// The topmost mapped child of the root whose rectangle holds the point; also one that only takes input, because a
@@ -37,9 +42,9 @@ class X11WindowReader {
   [[nodiscard]] std::vector<std::int32_t> clientProcesses() const;
 
  private:
-  struct Questions;
-  [[nodiscard]] Questions ask(XWindowID window) const;
-  [[nodiscard]] std::optional<X11WindowAnswers> collect(const Questions& questions) const;
+  struct Place;
+  [[nodiscard]] Place askForPlace(XWindowID window) const;
+  [[nodiscard]] bool collect(const Place& place, X11WindowAnswers& answers) const;
   void askForTheMissing(std::vector<X11WindowAnswers>& windows) const;
   [[nodiscard]] std::vector<XWindowID> unframedWindows() const;
   [[nodiscard]] std::vector<std::int32_t> clientProcesses(xcb_res_query_client_ids_cookie_t question) const;

@@ -167,7 +167,10 @@ std::unique_ptr<AXReadScope> DesktopAccessibility::willRead(const AXReadPlan& pl
     const MemoryElementIdentity& root = MemoryElementIdentity::of(planned);
     if (scope->isSilent(processBehind(root))) continue;
     Scope::Cost cost{.elements = 1, .levels = 1};
-    if (reach(root)) cost = scope->read(model_, planned, plan);
+    const bool isOfWindows = root.kind == Kind::application &&
+                             std::ranges::find(plan.attributes, AXAttribute::windows) != plan.attributes.end();
+    if (reach(root))
+      cost = isOfWindows ? scope->readWindows(model_, planned, plan) : scope->read(model_, planned, plan);
     traffic.messages += cost.elements;
     rounds = std::max(rounds, cost.levels);
   }

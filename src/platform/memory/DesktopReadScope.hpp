@@ -45,6 +45,21 @@ class DesktopAccessibility::Scope : public AXReadScope {
     return value == reading->second.end() ? nullptr : &value->second;
   }
 
+  /// The same of an application and its windows; as the windows are asked for side by side, the deepest counts.
+  Cost readWindows(const DesktopModel& model, const AXUIElement& application, const AXReadPlan& plan) {
+    Cost cost{.elements = 1, .levels = 1};
+    remember(model, application, plan.attributes);
+    const auto windows = model.read(MemoryElementIdentity::of(application), AXAttribute::windows);
+    const auto* elements = windows ? std::get_if<std::vector<AXUIElement>>(&*windows) : nullptr;
+    if (elements == nullptr) return cost;
+    for (const AXUIElement& window : *elements) {
+      const Cost ofWindow = read(model, window, plan);
+      cost.elements += ofWindow.elements;
+      cost.levels = std::max(cost.levels, ofWindow.levels + 1);
+    }
+    return cost;
+  }
+
   /// Reads the root and, by the bounded walk, its descendants.
   Cost read(const DesktopModel& model, const AXUIElement& root, const AXReadPlan& plan) {
     struct Step {
