@@ -8,7 +8,9 @@ namespace {
 
 /// Programs whose toolkit is remembered; beyond, all are asked again. A desktop runs some dozens.
 constexpr std::size_t rememberedToolkits = 512;
-/// Dialogs of which it is remembered whether searches help; beyond, all are tried again.
+/// A shape is learnt anew after this, should a program move an object and keep the order of all of them.
+constexpr std::chrono::seconds shapeLifetime{10};
+/// Dialogs whose shape is remembered, or that they cannot be searched; beyond, all are searched anew.
 constexpr std::size_t rememberedDialogs = 512;
 
 }  // namespace
@@ -24,7 +26,7 @@ AtspiBus* AtspiSession::bus() {
   bus_.reset();
   directory_ = RegistryDirectory();
   toolkits_.clear();
-  searchable_.clear();
+  shapes_.clear();
   const auto address = status_.accessibilityBusAddress();
   if (!address) return nullptr;
   auto bus = AtspiBus::connect(*address);
@@ -73,15 +75,21 @@ void AtspiSession::learnToolkit(const std::string& busName, Toolkit toolkit) {
   toolkits_[busName] = toolkit;
 }
 
-std::optional<bool> AtspiSession::isSearchable(const AtspiReference& dialog) const {
-  const auto known = searchable_.find(dialog);
-  if (known == searchable_.end()) return std::nullopt;
-  return known->second;
+const DialogShape* AtspiSession::shapeOf(const AtspiReference& dialog) const {
+  const auto known = shapes_.find(dialog);
+  const bool isFresh =
+      known != shapes_.end() && known->second && DialogShape::Clock::now() - known->second->learntAt < shapeLifetime;
+  return isFresh ? &*known->second : nullptr;
 }
 
-void AtspiSession::noteSearchable(const AtspiReference& dialog, bool isSearchable) {
-  if (searchable_.size() >= rememberedDialogs) searchable_.clear();
-  searchable_[dialog] = isSearchable;
+bool AtspiSession::isSearchable(const AtspiReference& dialog) const {
+  const auto known = shapes_.find(dialog);
+  return known == shapes_.end() || known->second;
+}
+
+void AtspiSession::learnShape(const AtspiReference& dialog, std::optional<DialogShape> shape) {
+  if (shapes_.size() >= rememberedDialogs) shapes_.clear();
+  shapes_[dialog] = std::move(shape);
 }
 
 void AtspiSession::openScope(AtspiReading& scope) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/linux/AtspiBus.hpp"
+#include "platform/linux/DialogShape.hpp"
 #include "platform/linux/RegistryDirectory.hpp"
 #include "platform/linux/SessionStatus.hpp"
 #include "platform/linux/SignsOfLife.hpp"
@@ -45,9 +46,13 @@ class AtspiSession {
   [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName) const;
   void learnToolkit(const std::string& busName, Toolkit toolkit);
 
-  /// Whether searches inside this dialog told of all that it shows; absent when it was not tried.
-  [[nodiscard]] std::optional<bool> isSearchable(const AtspiReference& dialog) const;
-  void noteSearchable(const AtspiReference& dialog, bool isSearchable);
+  /// What a search learnt of this dialog, lately or longer ago; no pointer without one.
+  [[nodiscard]] const DialogShape* shapeOf(const AtspiReference& dialog) const;
+  [[nodiscard]] static bool isFresh(const DialogShape& shape);
+  /// False once a search did not tell of all that the dialog shows.
+  [[nodiscard]] bool isSearchable(const AtspiReference& dialog) const;
+  /// Absent when the search failed.
+  void learnShape(const AtspiReference& dialog, std::optional<DialogShape> shape);
 
   void openScope(AtspiReading& scope);
   void closeScope(AtspiReading& scope);
@@ -69,7 +74,7 @@ class AtspiSession {
   std::unique_ptr<AtspiBus> bus_;
   RegistryDirectory directory_;
   std::unordered_map<std::string, Toolkit> toolkits_;
-  std::unordered_map<AtspiReference, bool> searchable_;
+  std::unordered_map<AtspiReference, std::optional<DialogShape>> shapes_;
   std::unordered_map<std::int32_t, std::chrono::microseconds> timeouts_;
   std::optional<std::chrono::microseconds> systemWideTimeout_;
   std::vector<OpenScope> scopes_;

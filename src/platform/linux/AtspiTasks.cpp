@@ -50,7 +50,7 @@ bool WalkTask::sendMissing() {
 
 bool WalkTask::canBeSearched() {
   AtspiSession& session = reading_.session();
-  if (limit_ == 0 || !session.isSearchable(root_).value_or(true)) return false;
+  if (limit_ == 0 || !session.isSearchable(root_)) return false;
   const auto toolkit = session.toolkitOf(root_.busName);
   const AtspiFacts& facts = reading_.known(root_);
   if (!toolkit || !canSearch(*toolkit) || facts.children) return false;
@@ -131,6 +131,8 @@ bool ApplicationTask::sendMissing() {
 }
 
 bool ApplicationTask::sendMissingOf(const AtspiReference& child, FactSet facts) {
+  if (const DialogShape* shape = reading_.session().shapeOf(child); shape != nullptr && AtspiSession::isFresh(*shape))
+    reading_.learnRole(child, shape->role);
   const bool isTrusted = showsOnlyDialogs_ && reading_.session().toolkitOf(child.busName).has_value();
   // Of what is a window for sure, all is asked at once.
   FactSet needed = fact::role | fact::states;

@@ -26,41 +26,66 @@ static_assert(std::ranges::is_sorted(settledRoles));
 }  // namespace
 
 DialogSearch::DialogSearch(AtspiReading& reading, AtspiReference dialog, std::size_t limit)
-    : reading_(reading),
-      dialog_(std::move(dialog)),
-      limit_(limit),
-      // One that had no list a moment ago is asked at once: a list that came since is met once.
-      stage_(reading.session().isSearchable(dialog_).has_value() ? Stage::search : Stage::lookForLists) {}
+    : reading_(reading), dialog_(std::move(dialog)), limit_(limit) {}
 
 bool DialogSearch::sendMissing(AtspiStep& step) {
   switch (stage_) {
-    case Stage::lookForLists:
+    case Stage::begin:
+      begin(step);
+      return true;
+    case Stage::recognize:
+      if (all_ == shape_.shown) {
+        settle(shape_);
+        return end(true);
+      }
+      shape_ = {};
+      all_.reset();
       searchForLists(step);
       stage_ = Stage::search;
       return true;
     case Stage::search:
-      if (lists_ && !lists_->empty()) return end();
-      if (!lists_) searchForLists(step);
+      if (!lists_ || !lists_->empty()) return end(false);
       searchForShown(step);
       stage_ = Stage::place;
       return true;
     case Stage::place:
-      if (!sort()) return end();
+      if (!sort()) return end(false);
       askForPlaces(step);
       stage_ = Stage::settle;
       return true;
     case Stage::settle:
-      settle();
-      return end();
+      if (!place()) return end(false);
+      settle(shape_);
+      shape_.role = reading_.known(dialog_).role->value();
+      shape_.learntAt = DialogShape::Clock::now();
+      reading_.session().learnShape(dialog_, shape_);
+      return end(true);
     case Stage::over:
       break;
   }
   return false;
 }
 
-bool DialogSearch::end() {
+/// A dialog of known shape is only asked whether it still has it; what its objects say is asked at the same time.
+void DialogSearch::begin(AtspiStep& step) {
+  const DialogShape* known = reading_.session().shapeOf(dialog_);
+  if (known != nullptr && known->shown.size() <= limit_) {
+    shape_ = *known;
+    for (const auto& [object, role] : shape_.roles)
+      reading_.learnRole(object, role);
+    search(all_, {.states = bit(AtspiState::showing), .roles = {}, .count = static_cast<std::int32_t>(limit_) + 1},
+           step);
+    stage_ = Stage::recognize;
+  } else {
+    searchForLists(step);
+    stage_ = Stage::search;
+  }
+}
+
+bool DialogSearch::end(bool isSettled) {
   stage_ = Stage::over;
-  reading_.session().noteSearchable(dialog_, isSettled_);
+  isSettled_ = isSettled;
+  if (!isSettled) reading_.session().learnShape(dialog_, std::nullopt);
   return false;
 }
 
@@ -89,18 +114,17 @@ void DialogSearch::search(Found& found, AtspiSearch what, AtspiStep& step) {
 
 /// By role. False when the searches do not tell of everything that a walk would reach.
 bool DialogSearch::sort() {
-  if (!lists_ || !lists_->empty() || !all_ || !buttons_ || !labels_ || !groups_ || all_->size() > limit_) return false;
-  shown_ = std::move(*all_);
-  std::unordered_map<AtspiReference, std::uint32_t> roles;
+  if (!all_ || !buttons_ || !labels_ || !groups_ || all_->size() > limit_) return false;
+  shape_.shown = std::move(*all_);
   for (const AtspiReference& object : *buttons_)
-    roles[object] = atspi_role::pushButton;
+    shape_.roles[object] = atspi_role::pushButton;
   for (const AtspiReference& object : *labels_)
-    roles[object] = atspi_role::label;
+    shape_.roles[object] = atspi_role::label;
   for (const AtspiReference& object : *groups_)
-    roles[object] = panel;
-  for (const AtspiReference& object : shown_) {
-    const auto role = roles.find(object);
-    if (role == roles.end()) {
+    shape_.roles[object] = panel;
+  for (const AtspiReference& object : shape_.shown) {
+    const auto role = shape_.roles.find(object);
+    if (role == shape_.roles.end()) {
       others_.push_back(object);
     } else {
       reading_.learnRole(object, role->second);
@@ -117,7 +141,7 @@ void DialogSearch::askForPlaces(AtspiStep& step) {
   for (const AtspiReference& parent : parents) {
     ++step.outstanding;
     bus->send({parent, "org.a11y.atspi.Accessible", "GetChildren", {}}, [this, parent, &step](AtspiBus::Answer answer) {
-      if (auto children = reply::references(answer)) children_[parent] = std::move(*children);
+      if (auto children = reply::references(answer)) shape_.children[parent] = std::move(*children);
       step.noteAnswer();
     });
   }
@@ -125,24 +149,31 @@ void DialogSearch::askForPlaces(AtspiStep& step) {
     (void)reading_.want(object, fact::role, step);
 }
 
-void DialogSearch::settle() {
+/// False when something shown has not found its one place.
+bool DialogSearch::place() {
+  const AtspiFact<std::uint32_t>& own = reading_.known(dialog_).role;
+  if (!own || !*own) return false;
   for (const AtspiReference& object : others_) {
     const AtspiFact<std::uint32_t>& role = reading_.known(object).role;
-    if (!role || !*role || !std::ranges::binary_search(settledRoles, **role)) return;
+    if (!role || !*role || !std::ranges::binary_search(settledRoles, **role)) return false;
+    shape_.roles[object] = **role;
   }
-  const std::unordered_set<AtspiReference> isShown(shown_.begin(), shown_.end());
+  const std::unordered_set<AtspiReference> isShown(shape_.shown.begin(), shape_.shown.end());
   std::unordered_set<AtspiReference> placed;
-  for (auto& [parent, children] : children_) {
+  for (auto& [parent, children] : shape_.children) {
     std::erase_if(children, [&isShown](const AtspiReference& child) { return !isShown.contains(child); });
     placed.insert(children.begin(), children.end());
   }
-  // Each has one place: then nothing that is shown lies anywhere else.
-  if (placed.size() != shown_.size() || children_.size() != groups_->size() + 1) return;
-  for (const AtspiReference& object : shown_)
-    if (!children_.contains(object)) children_[object] = {};
-  for (auto& [parent, children] : children_)
-    reading_.learnShownChildren(parent, std::move(children));
-  isSettled_ = true;
+  // Then nothing that is shown lies anywhere else.
+  if (placed.size() != shape_.shown.size() || shape_.children.size() != groups_->size() + 1) return false;
+  for (const AtspiReference& object : shape_.shown)
+    shape_.children.try_emplace(object);
+  return true;
+}
+
+void DialogSearch::settle(const DialogShape& shape) {
+  for (const auto& [parent, children] : shape.children)
+    reading_.learnShownChildren(parent, children);
 }
 
 }  // namespace tallyfox::linux_os

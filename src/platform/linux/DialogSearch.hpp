@@ -24,34 +24,35 @@ class DialogSearch {
   bool sendMissing(AtspiStep& step);
   /// Over without having learnt the structure.
   [[nodiscard]] bool hasFailed() const { return stage_ == Stage::over && !isSettled_; }
-  /// Known from the second step on: what is shown, in the order of the tree.
-  [[nodiscard]] const std::vector<AtspiReference>& shown() const { return shown_; }
+  /// What is shown, as far as known, in the order of the tree.
+  [[nodiscard]] const std::vector<AtspiReference>& shown() const { return shape_.shown; }
 
  private:
-  enum class Stage { lookForLists, search, place, settle, over };
+  enum class Stage { begin, recognize, search, place, settle, over };
   using Found = std::optional<std::vector<AtspiReference>>;
 
+  void begin(AtspiStep& step);
   void searchForLists(AtspiStep& step);
   void searchForShown(AtspiStep& step);
   void search(Found& found, AtspiSearch what, AtspiStep& step);
-  bool end();
   [[nodiscard]] bool sort();
   void askForPlaces(AtspiStep& step);
-  void settle();
+  [[nodiscard]] bool place();
+  void settle(const DialogShape& shape);
+  bool end(bool isSettled);
 
   AtspiReading& reading_;
   AtspiReference dialog_;
   std::size_t limit_;
-  Stage stage_;
+  Stage stage_ = Stage::begin;
   bool isSettled_ = false;
   Found lists_;
   Found all_;
   Found buttons_;
   Found labels_;
   Found groups_;
-  std::vector<AtspiReference> shown_;
   std::vector<AtspiReference> others_;  ///< of roles that were not searched for
-  std::unordered_map<AtspiReference, std::vector<AtspiReference>> children_;
+  DialogShape shape_;
 };
 
 }  // namespace tallyfox::linux_os
