@@ -85,6 +85,18 @@ std::string trimmed(std::string_view text) {
   return begin < end ? repaired.substr(begin, end - begin) : std::string();
 }
 
+std::string withoutControlCharacters(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  forEachCodePoint(text, [&](UChar32 codePoint, std::string_view piece) {
+    if (codePoint < 0)
+      result += replacementCharacter;
+    else
+      result += u_iscntrl(codePoint) ? std::string_view(" ") : piece;
+  });
+  return result;
+}
+
 std::string withCollapsedWhiteSpace(std::string_view text) {
   std::string result;
   bool inRun = false;

@@ -16,6 +16,8 @@ namespace tallyfox {
 [[nodiscard]] std::string repairedUtf8(std::string_view text);
 /// Without Unicode white space and line breaks at both ends.
 [[nodiscard]] std::string trimmed(std::string_view text);
+/// Every control character (line breaks included) becomes a space: shown on a terminal, the text can do nothing there.
+[[nodiscard]] std::string withoutControlCharacters(std::string_view text);
 /// Every run of Unicode white space (non-breaking spaces included) becomes one U+0020.
 [[nodiscard]] std::string withCollapsedWhiteSpace(std::string_view text);
 /// Full Unicode lower-casing, independent of the process locale.

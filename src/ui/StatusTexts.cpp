@@ -20,8 +20,8 @@ bool hasPhone(const MacStatusSnapshot& snapshot) {
   return snapshot.phoneConnected || snapshot.phoneCount >= 1 || !snapshot.connectedPhones.empty();
 }
 
-bool isPausedUntilLater(const MacStatusSnapshot& snapshot, Date now) {
-  return snapshot.notificationPause.pausedUntil && *snapshot.notificationPause.pausedUntil > now;
+bool isPausedUntilLater(const NotificationPauseSnapshot& pause, Date now) {
+  return pause.pausedUntil && *pause.pausedUntil > now;
 }
 
 struct LoginItemRow {
@@ -121,9 +121,13 @@ StatusRow loginItemRow(const MacStatusSnapshot& snapshot) {
 std::string pauseCardTitle(const MacStatusSnapshot& snapshot, Date now, const std::string& timeZoneIdentifier) {
   if (!snapshot.installedInApplications || !snapshot.relayConfigured) return "Not Available";
   if (!snapshot.relayConnected || !snapshot.accessibilityTrusted || !hasPhone(snapshot)) return "Inactive";
-  if (snapshot.notificationPause.pausesIndefinitely) return "Paused";
-  if (!isPausedUntilLater(snapshot, now)) return "Active";
-  return "Paused until " + formattedPauseDate(*snapshot.notificationPause.pausedUntil, now, timeZoneIdentifier);
+  return pauseTitle(snapshot.notificationPause, now, timeZoneIdentifier);
+}
+
+std::string pauseTitle(const NotificationPauseSnapshot& pause, Date now, const std::string& timeZoneIdentifier) {
+  if (pause.pausesIndefinitely) return "Paused";
+  if (!isPausedUntilLater(pause, now)) return "Active";
+  return "Paused until " + formattedPauseDate(*pause.pausedUntil, now, timeZoneIdentifier);
 }
 
 std::string pauseCardDetail(const MacStatusSnapshot& snapshot, Date now) {
@@ -133,7 +137,7 @@ std::string pauseCardDetail(const MacStatusSnapshot& snapshot, Date now) {
   if (!snapshot.accessibilityTrusted) return "Turn on Accessibility first.";
   if (!hasPhone(snapshot)) return "Pair an iPhone to receive alerts.";
   if (snapshot.notificationPause.pausesIndefinitely) return "Paused until you resume.";
-  if (isPausedUntilLater(snapshot, now)) return "Alerts will resume automatically.";
+  if (isPausedUntilLater(snapshot.notificationPause, now)) return "Alerts will resume automatically.";
   return "Pause while handling prompts locally.";
 }
 

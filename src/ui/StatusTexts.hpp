@@ -42,6 +42,9 @@ struct StatusRow {
 /// The end of a pause is told on the clock of the time zone given.
 [[nodiscard]] std::string pauseCardTitle(const MacStatusSnapshot& snapshot, Date now,
                                          const std::string& timeZoneIdentifier);
+/// The pause alone, whatever else keeps alerts away: "Paused", "Paused until ..." or "Active".
+[[nodiscard]] std::string pauseTitle(const NotificationPauseSnapshot& pause, Date now,
+                                     const std::string& timeZoneIdentifier);
 [[nodiscard]] std::string pauseCardDetail(const MacStatusSnapshot& snapshot, Date now);
 
 [[nodiscard]] bool isUpdateRowVisible(const MacStatusSnapshot& snapshot);

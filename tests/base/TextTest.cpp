@@ -95,6 +95,16 @@ TEST(Text, collapsesEachRunOfWhiteSpaceToOneSpace) {
     EXPECT_EQ(withCollapsedWhiteSpace("a" + space + space + "b"), "a b") << testing::PrintToString(space);
 }
 
+TEST(Text, losesItsControlCharacters) {
+  EXPECT_EQ(withoutControlCharacters("a\n\x1b[2J\r\tb\x7f"), "a  [2J  b ");
+  EXPECT_EQ(withoutControlCharacters(std::string("\0x", 2)), " x");
+  EXPECT_EQ(withoutControlCharacters("\xC2\x85\xC2\x9B"
+                                     "1mÄ€😀"),
+            "  1mÄ€😀");
+  EXPECT_EQ(withoutControlCharacters("\xff"), "\xEF\xBF\xBD");
+  EXPECT_EQ(withoutControlCharacters(""), "");
+}
+
 TEST(Text, lowersCaseBeyondAscii) {
   EXPECT_EQ(lowercased("DON'T Allow"), "don't allow");
   EXPECT_EQ(lowercased("ÄÖÜ ΑΒΓ ДА"), "äöü αβγ да");

@@ -206,6 +206,17 @@ TEST_F(PauseCard, explainsThePauseOnlyWhereAlertsCouldArrive) {
                        "Pause while handling prompts locally.", detail);
 }
 
+TEST_F(PauseCard, namesThePauseItselfWhereverAlertsCouldArrive) {
+  MacStatusSnapshot snapshot = readySnapshot();
+  disconnectRelay(snapshot);
+  const auto pause = [&] { return pauseTitle(snapshot.notificationPause, now(), "Etc/UTC"); };
+  EXPECT_EQ(pause(), "Active");
+  pauseForTwoHours(snapshot);
+  EXPECT_EQ(pause(), "Paused until 3:10 PM");
+  pauseForever(snapshot);
+  EXPECT_EQ(pause(), "Paused");
+}
+
 TEST_F(PauseCard, countsAPauseAsOverAtItsVeryEnd) {
   MacStatusSnapshot snapshot = readySnapshot();
   for (const auto& [end, isPaused] : {std::pair{now() - 1us, false}, {now(), false}, {now() + 1us, true}}) {
