@@ -21,6 +21,14 @@ inline constexpr std::size_t storedFileBytes = 1U * 1024U * 1024U;
 /// neither written nor read.
 inline constexpr std::size_t preferencesBytes = 64U * 1024U * 1024U;
 
+/// One line of a command to the running agent; ours have below 100 bytes.
+inline constexpr std::size_t controlRequestBytes = 4U * 1024U;
+/// One line that the agent answers: a status with a dozen phones has below 4 KiB. What any local socket takes at once,
+/// so that nobody who does not read can keep the agent waiting.
+inline constexpr std::size_t controlAnswerBytes = 64U * 1024U;
+/// Commands under way at once: an owner types one at a time, scripts a few.
+inline constexpr std::size_t controlConnections = 16;
+
 /// Pixels along a side of one module of a pairing code: the largest code has 185 modules a side with its margin, so an
 /// image stays below 36 MB.
 inline constexpr int qrModulePixels = 32;
