@@ -59,14 +59,17 @@ TEST(UserDirectories, followsTheBaseDirectoryVariables) {
   EXPECT_EQ(directories.configHome, "/home/owner/.config");
   EXPECT_EQ(directories.dataHome, "/home/owner/.local/share");
   EXPECT_EQ(directories.temporary, "/tmp");
+  EXPECT_EQ(directories.runtime, std::nullopt);
   EXPECT_THAT(directories.dataDirectories, ElementsAre("/home/owner/.local/share", "/usr/local/share", "/usr/share"));
   environment.set("XDG_CONFIG_HOME", "/c");
   environment.set("XDG_DATA_HOME", "/d");
   environment.set("XDG_DATA_DIRS", "/x::relative:/y");
   environment.set("TMPDIR", "/t/");
+  environment.set("XDG_RUNTIME_DIR", "/r/");
   directories = UserDirectories::from(environment);
   EXPECT_EQ(directories.configHome, "/c");
   EXPECT_EQ(directories.temporary, "/t");
+  EXPECT_EQ(directories.runtime, "/r");
   EXPECT_THAT(directories.dataDirectories, ElementsAre("/d", "/x", "/y"));
 }
 
@@ -76,9 +79,11 @@ TEST(UserDirectories, takesRelativeAndEmptyPathsForUnset) {
   environment.set("XDG_CONFIG_HOME", "config");
   environment.set("XDG_DATA_HOME", "");
   environment.set("TMPDIR", "./here");
+  environment.set("XDG_RUNTIME_DIR", "run");
   EXPECT_EQ(UserDirectories::from(environment).configHome, "/home/owner/.config");
   EXPECT_EQ(UserDirectories::from(environment).dataHome, "/home/owner/.local/share");
   EXPECT_EQ(UserDirectories::from(environment).temporary, "/tmp");
+  EXPECT_EQ(UserDirectories::from(environment).runtime, std::nullopt);
   environment.unset("HOME");
   EXPECT_TRUE(UserDirectories::from(environment).home.starts_with('/'));
 }

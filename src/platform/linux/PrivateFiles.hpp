@@ -33,6 +33,9 @@ class PrivateDirectory {
   /// directory of ours is tightened).
   [[nodiscard]] std::expected<PrivateDirectory, FileError> inside(const std::string& name, bool create) const;
 
+  /// Open as long as this is; "/proc/self/fd/N/name" leads to what the directory holds, however long its own path is.
+  [[nodiscard]] int descriptor() const { return directory_.get(); }
+
   /// The content of a regular file of at most `limit` bytes. With `onlyOurs` it must belong to this user and give
   /// nobody else access. Never follows a symbolic link, never waits for a pipe.
   [[nodiscard]] std::expected<Bytes, FileError> read(const std::string& name, std::size_t limit, bool onlyOurs) const;

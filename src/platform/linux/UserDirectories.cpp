@@ -44,6 +44,7 @@ UserDirectories UserDirectories::from(Environment& environment) {
   result.configHome = absolutePath(environment, "XDG_CONFIG_HOME").value_or(result.home + "/.config");
   result.dataHome = absolutePath(environment, "XDG_DATA_HOME").value_or(result.home + "/.local/share");
   result.temporary = absolutePath(environment, "TMPDIR").value_or("/tmp");
+  result.runtime = absolutePath(environment, "XDG_RUNTIME_DIR");
   result.dataDirectories = systemDataDirectories(environment);
   result.dataDirectories.insert(result.dataDirectories.begin(), result.dataHome);
   return result;

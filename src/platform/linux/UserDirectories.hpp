@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ struct UserDirectories {
   std::string configHome;  ///< $XDG_CONFIG_HOME, else ~/.config
   std::string dataHome;    ///< $XDG_DATA_HOME, else ~/.local/share
   std::string temporary;   ///< $TMPDIR, else /tmp
+  /// $XDG_RUNTIME_DIR: this user's alone, gone at logout.
+  std::optional<std::string> runtime;
   /// Where installed applications describe themselves, the most important first: dataHome, then $XDG_DATA_DIRS, else
   /// /usr/local/share and /usr/share.
   std::vector<std::filesystem::path> dataDirectories;
