@@ -4,15 +4,24 @@
 
 #include <csignal>
 #include <cstdio>
+#include <memory>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "app/AgentConfiguration.hpp"
+#include "app/AgentControl.hpp"
 #include "app/AppDelegate.hpp"
 #include "platform/linux/AccessibilitySwitch.hpp"
+#include "platform/linux/AgentCommand.hpp"
 #include "platform/linux/AtspiEventSource.hpp"
 #include "platform/linux/AutostartEntry.hpp"
 #include "platform/linux/BeastHttpClient.hpp"
 #include "platform/linux/BeastWebSocketTransport.hpp"
+#include "platform/linux/CommandLine.hpp"
+#include "platform/linux/ControlServer.hpp"
+#include "platform/linux/ControlSocket.hpp"
 #include "platform/linux/DesktopNotifications.hpp"
 #include "platform/linux/FileKeychain.hpp"
 #include "platform/linux/FileUserDefaults.hpp"
@@ -36,14 +45,6 @@
 
 namespace tallyfox::linux_os {
 namespace {
-
-constexpr int noDisplay = 1;
-constexpr int wrongUsage = 2;
-
-constexpr const char* usage = R"(Usage: tallyfox [--help | --version]
-
-Watches this desktop for approval dialogs and lets a paired phone answer them.
-)";
 
 /// An agent without a window: it only keeps the count.
 class ConsoleInterface : public AgentInterface {
@@ -126,12 +127,28 @@ struct Workers {
   DesktopNotifications notifications;
 };
 
+/// Null where no socket can be made; the agent then works without commands.
+std::unique_ptr<ControlServer> openedControlServer(Services& services, AgentControl& control) {
+  const auto refused = [&](const FileError& error) {
+    services.console.printLine("Unable to take commands: " + error.description());
+    return nullptr;
+  };
+  auto directory = controlDirectory(services.directories, true);
+  if (!directory) return refused(directory.error());
+  auto server = ControlServer::open(std::move(*directory),
+                                    {.watcher = services.mainLoop,
+                                     .mainQueue = services.mainLoop,
+                                     .handler = [&control](std::string_view line) { return control.answer(line); }});
+  if (!server) return refused(server.error());
+  return std::move(*server);
+}
+
 int run() {
   Services services;
   auto x11 = X11Desktop::open(services.environment.value("DISPLAY"));
   if (!x11) {
     fmt::print(stderr, "Tallyfox cannot open the display: {}\n", x11.error());
-    return noDisplay;
+    return exit_status::failed;
   }
   Desktop desktop(std::move(*x11), services);
   Workers workers(services.mainLoop);
@@ -159,9 +176,16 @@ int run() {
                      .settings = services.accessibilitySwitch,
                      .terminateApplication = [&services] { services.mainLoop.quit(); }},
                     interface);
+  AgentControl control(
+      {.agent = agent, .mainQueue = services.mainLoop, .clock = services.clock, .environment = services.environment});
+  std::unique_ptr<ControlServer> controlServer;
   const auto signals = services.mainLoop.watchTerminationSignals([&agent] { agent.quit(); });
   services.mainLoop.post([&agent] { agent.applicationDidFinishLaunching(); });
+  // Not reached by an agent that finds another one running: its launch has ended it.
+  services.mainLoop.post([&] { controlServer = openedControlServer(services, control); });
   services.mainLoop.run();
+  // While this agent still holds the instance lock: no other one has a socket yet that this one could take away.
+  controlServer.reset();
   agent.applicationWillTerminate();
   return 0;
 }
@@ -172,17 +196,24 @@ int run() {
 int main(int argc, char** argv) {
   using namespace tallyfox::linux_os;
   std::signal(SIGPIPE, SIG_IGN);
-  if (argc == 1) return run();
-  const std::string_view argument = argv[1];
-  if (argc == 2 && argument == "--help") {
-    fmt::print("{}", usage);
-    return 0;
+  const auto commandLine = CommandLine::parsed(std::vector<std::string>(argv + 1, argv + argc));
+  if (!commandLine) {
+    fmt::print(stderr, "tallyfox: {} See tallyfox --help.\n", commandLine.error());
+    return exit_status::usage;
   }
-  if (argc == 2 && argument == "--version") {
-    fmt::print("tallyfox {}\n", TALLYFOX_VERSION);
-    return 0;
+  switch (commandLine->purpose) {
+    case CommandLine::Purpose::showHelp:
+      fmt::print("{}", usageText());
+      return exit_status::done;
+    case CommandLine::Purpose::showVersion:
+      fmt::print("tallyfox {}\n", TALLYFOX_VERSION);
+      return exit_status::done;
+    case CommandLine::Purpose::askAgent: {
+      ProcessEnvironment environment;
+      return askAgent(*commandLine, UserDirectories::from(environment));
+    }
+    case CommandLine::Purpose::runAgent:
+      return run();
   }
-  const bool isKnown = argument == "--help" || argument == "--version";
-  fmt::print(stderr, "tallyfox: There is no argument {}. See tallyfox --help.\n", isKnown ? argv[2] : argv[1]);
-  return wrongUsage;
+  return exit_status::usage;
 }
