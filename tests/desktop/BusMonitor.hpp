@@ -27,7 +27,7 @@ struct BusMessage {
   std::string receiver;  ///< as the sender named it; empty for a broadcast
   std::uint64_t serial = 0;
   std::uint64_t answeredSerial = 0;
-  std::string member;  ///< of a property's getter with the property: "Get Name"
+  std::string member = {};  ///< of a property's getter with the property: "Get Name"
 };
 
 /// Hears every message on a bus, in a thread of its own. The bus works for each monitor, so that what is to be timed
