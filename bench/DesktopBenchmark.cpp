@@ -16,14 +16,15 @@
 
 namespace {
 
+using namespace tallyfox;
 using namespace tallyfox::bench;
 
 constexpr int measurementFailed = 1;
 constexpr int wrongUsage = 2;
 
-constexpr const char* usage = R"(Usage: bench_desktop [--quick] [--rounds N] [SCENE...]
+constexpr const char* usage = R"(Usage: bench_desktop [--quick] [--rounds N] [--idle SECONDS] [SCENE...]
 
-Scenes: dialogs (A), large (B and C); without one, both. --quick only shows that everything runs.
+Scenes: dialogs (A), large (B and C), idle (D); without one, all. --quick only shows that everything runs.
 )";
 
 struct Arguments {
@@ -44,18 +45,22 @@ std::optional<Arguments> parse(int count, char** texts) {
   for (int at = 1; at < count; ++at) {
     const std::string_view text = texts[at];
     if (text == "--quick") {
-      arguments.options = {.rounds = 3};
-    } else if (text == "--rounds") {
+      arguments.options = {.rounds = 3, .idleTime = Seconds(5)};
+    } else if (text == "--rounds" || text == "--idle") {
       const auto value = number(at);
       if (!value) return std::nullopt;
-      arguments.options.rounds = static_cast<std::size_t>(*value);
-    } else if (text == "dialogs" || text == "large") {
+      if (text == "--rounds") {
+        arguments.options.rounds = static_cast<std::size_t>(*value);
+      } else {
+        arguments.options.idleTime = Seconds(*value);
+      }
+    } else if (text == "dialogs" || text == "large" || text == "idle") {
       arguments.scenes.insert(text);
     } else {
       return std::nullopt;
     }
   }
-  if (arguments.scenes.empty()) arguments.scenes = {"dialogs", "large"};
+  if (arguments.scenes.empty()) arguments.scenes = {"dialogs", "large", "idle"};
   return arguments;
 }
 
@@ -71,6 +76,7 @@ int main(int argc, char** argv) {
     Report report;
     if (arguments->scenes.contains("dialogs")) measureDialogs(arguments->options, report);
     if (arguments->scenes.contains("large")) measureLargeWindows(arguments->options, report);
+    if (arguments->scenes.contains("idle")) measureIdleAgent(arguments->options, report);
     report.summary();
   } catch (const std::exception& failure) {
     fmt::print(stderr, "bench_desktop: {}.\n", failure.what());

@@ -14,7 +14,7 @@ Seconds steadyNow() {
   return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-Cost costOfScan(Scanner& scanner) {
+Cost costOfScan(testing::Scanner& scanner) {
   std::size_t found = 0;
   const Cost cost = costOf([&] { found = QuestionDesktop::questionsIn(scanner.scan()); });
   if (found != QuestionDesktop::questions) throw std::runtime_error("a scan missed a question");
@@ -70,7 +70,7 @@ void Contest::print(const Report& report) const {
   report.costs("walk-libatspi (C)", libatspi);
 }
 
-MonitoredScan monitoredScan(Scanner& scanner, testing::BusMonitor& monitor) {
+MonitoredScan monitoredScan(testing::Scanner& scanner, testing::BusMonitor& monitor) {
   const std::set<std::string> names = monitor.namesOf(getpid());
   (void)monitor.take();
   MonitoredScan monitored;

@@ -42,7 +42,7 @@ struct MonitoredScan {
   [[nodiscard]] double millisecondsUntilAnswersOf(const std::set<std::string>& busNames) const;
   Seconds began{};
 };
-[[nodiscard]] MonitoredScan monitoredScan(Scanner& scanner, testing::BusMonitor& monitor);
+[[nodiscard]] MonitoredScan monitoredScan(testing::Scanner& scanner, testing::BusMonitor& monitor);
 /// The bus names of the questions' programs, without so many of the first ones.
 [[nodiscard]] std::set<std::string> namesOfQuestions(const QuestionDesktop& desktop, testing::BusMonitor& monitor,
                                                      std::size_t without = 0);

@@ -51,7 +51,7 @@ void countCalls(QuestionDesktop& desktop, const std::string& address, Report& re
   const auto sessionTraffic = testing::BusTraffic::of(sessionMonitor.take(), sessionNames);
 
   // A scanner that knows none of the programs yet, with a connection of its own.
-  Scanner fresh(desktop.session);
+  testing::Scanner fresh(desktop.session);
   (void)fresh.visibleWindows();
   const std::set<std::string> before = monitor.namesOf(getpid());
   (void)monitor.take();

@@ -7,13 +7,14 @@
 
 #include "base/Date.hpp"
 #include "desktop/DesktopSession.hpp"
+#include "desktop/Scanner.hpp"
 #include "scenes/Figures.hpp"
-#include "scenes/Scanner.hpp"
 
 namespace tallyfox::bench {
 
 struct Options {
   std::size_t rounds = 40;
+  Seconds idleTime{60};
 };
 
 /// A private desktop with small question dialogs on it.
@@ -29,7 +30,7 @@ struct QuestionDesktop {
 
   testing::DesktopSession session;
   std::vector<std::unique_ptr<testing::DesktopProcess>> programs;  ///< the questions first
-  Scanner scanner{session};
+  testing::Scanner scanner{session};
 };
 
 /// Twenty small dialogs: a scan against the floors and against other programs that walk.
@@ -37,5 +38,7 @@ void measureDialogs(const Options& options, Report& report);
 /// The same beside a file chooser of 3,000 files, a word processor and a tree of 5,000 rows; then with one program of
 /// all stopped.
 void measureLargeWindows(const Options& options, Report& report);
+/// The installed agent while programs work and nothing is asked.
+void measureIdleAgent(const Options& options, Report& report);
 
 }  // namespace tallyfox::bench

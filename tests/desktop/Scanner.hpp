@@ -38,8 +38,7 @@ class Scanner {
   std::shared_ptr<linux_os::X11Desktop> desktop_;
   linux_os::X11EventSource events_;
   linux_os::LinuxAccessibility accessibility_;
-  linux_os::LinuxApplications applications_{
-      {desktop_, events_, loop_, {}, [] { return std::vector<std::pair<std::int32_t, std::string>>(); }}};
+  linux_os::LinuxApplications applications_{{desktop_, events_, loop_, {}, nullptr}};
   linux_os::LinuxWindowList windowList_{desktop_};
   VisibleWindowOwners owners_{applications_, windowList_};
   DialogDetector detector_{{accessibility_, accessibility_, applications_, windowList_, clock_, console_,
