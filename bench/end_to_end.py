@@ -25,6 +25,7 @@ from parties import Agent, Phone, Relay, install  # noqa: E402
 # The scans that follow a vanished dialog end two seconds after it; a new dialog is shown when they are over, so that
 # its own events alone decide when it is looked at.
 SECONDS_BETWEEN = 3.0
+PATIENCE = 20.0
 # The poll of visible windows may fall between a dialog's events and move its scans by up to a second either way.
 SETTINGS = {"TALLYFOX_VISIBLE_WINDOW_OWNER_POLL_SECONDS": "3600", "TALLYFOX_APPROVAL_STALE_GRACE_SECONDS": "0.2"}
 MOST_TO_PHONE_MS = 60
@@ -59,6 +60,7 @@ def p95(values):
 class Measured:
     def __init__(self):
         self.to_phone, self.to_gone, self.to_verdict, self.phone_alone = [], [], [], []
+        self.lost = 0
 
     def print(self, forced_to_phone, first_look):
         def line(name, values):
@@ -74,6 +76,7 @@ class Measured:
         line("answer given -> its result at the phone", self.to_verdict)
         line("of which the phone: start, connect, first list", self.phone_alone)
         print(f"  forced until the second sighting: {forced_to_phone:.0f} ms; until the first look: {first_look:.0f} ms")
+        judge(f"dialogs that were not on the phone within {PATIENCE:.0f} s", self.lost, 0)
         judge("to the phone, ms beyond the forced", statistics.median(self.to_phone) - forced_to_phone,
               MOST_TO_PHONE_MS)
         judge("answer to gone, ms beyond the first look", statistics.median(self.to_gone) - first_look, MOST_TO_GONE_MS)
@@ -87,9 +90,13 @@ def measure_dialog(desktop, phone, number, measured):
     process = processes.start(["zenity", "--question", "--title", f"Question {number}", "--text", text],
                               desktop.environment, desktop.logs / "dialogs.log")
     mapped = desktop.wait_for_new_window(before, mark)
-    seen = mapped and phone.wait_for(lambda approval: text in approval["messageLines"], phone_mark)
+    if not mapped:
+        raise RuntimeError(f"dialog {number} did not open")
+    seen = phone.wait_for(lambda approval: text in approval["messageLines"], phone_mark, PATIENCE)
     if not seen:
-        raise RuntimeError(f"dialog {number} never reached the phone")
+        measured.lost += 1
+        processes.end(process)
+        return
     measured.to_phone.append((seen[0] - mapped[0]) * 1000)
 
     mark, began = desktop.mark(), time.monotonic()

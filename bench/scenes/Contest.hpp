@@ -15,9 +15,9 @@ namespace tallyfox::bench {
 struct Contest {
   explicit Contest(QuestionDesktop& desktop);
 
-  /// Throws std::runtime_error when any of them misses something that is there.
+  /// Throws std::runtime_error when a peer or a floor misses something that is there.
   void run(std::size_t rounds);
-  void print(const Report& report) const;
+  void print(Report& report) const;
 
   QuestionDesktop& desktop;
   KnownPaths knownPaths;
@@ -28,8 +28,10 @@ struct Contest {
   CostSamples pyatspi;
   CostSamples libatspi;
   Samples visibleWindows;
+  std::size_t scansThatMissed = 0;
 
  private:
+  void scanInto(CostSamples& samples);
   void floorRound();
 };
 
@@ -43,8 +45,7 @@ struct MonitoredScan {
   Seconds began{};
 };
 [[nodiscard]] MonitoredScan monitoredScan(testing::Scanner& scanner, testing::BusMonitor& monitor);
-/// The bus names of the questions' programs, without so many of the first ones.
-[[nodiscard]] std::set<std::string> namesOfQuestions(const QuestionDesktop& desktop, testing::BusMonitor& monitor,
-                                                     std::size_t without = 0);
+/// The bus names of the questions' programs.
+[[nodiscard]] std::set<std::string> namesOfQuestions(const QuestionDesktop& desktop, testing::BusMonitor& monitor);
 
 }  // namespace tallyfox::bench

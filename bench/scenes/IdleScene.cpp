@@ -116,7 +116,8 @@ void measureIdleAgent(const Options& options, Report& report) {
   QuestionDesktop desktop;
   const KnownPaths knownPaths(desktop.session.sessionBusAddress());
   testing::BusMonitor monitor(knownPaths.accessibilityBusAddress());
-  Program busy(desktop.session, {"python3", "-B", TALLYFOX_BUSY_WINDOW});
+  // Looked up on the private desktop's path, where the system's own Python knows GTK.
+  Program busy(desktop.session, {"env", "python3", "-B", TALLYFOX_BUSY_WINDOW});
   (void)busy.await("ready", Seconds(30));
   (void)monitor.take();
   auto agent = std::make_unique<InstalledAgent>(desktop.session);

@@ -79,6 +79,7 @@ struct Stopping {
   Samples stoppedAgain;
   Samples healthyUsual;
   Samples healthyStopped;
+  std::size_t scansThatMissed = 0;
 };
 
 void awaitAllQuestions(QuestionDesktop& desktop) {
@@ -92,7 +93,8 @@ void stopOneProgram(QuestionDesktop& desktop, const std::string& address, std::s
   const auto timedScan = [&](std::size_t questions) {
     std::size_t found = 0;
     const Cost cost = costOf([&] { found = QuestionDesktop::questionsIn(desktop.scanner.scan()); });
-    if (found != questions) throw std::runtime_error(fmt::format("{} questions of {} were found", found, questions));
+    if (found > questions) throw std::runtime_error("a stopped program's question was found");
+    if (found < questions) ++stopping.scansThatMissed;
     return cost.milliseconds;
   };
   for (std::size_t round = 0; round < rounds; ++round) {
@@ -104,7 +106,10 @@ void stopOneProgram(QuestionDesktop& desktop, const std::string& address, std::s
     awaitAllQuestions(desktop);
   }
   testing::BusMonitor monitor(address);
-  const std::set<std::string> healthy = namesOfQuestions(desktop, monitor, 1);
+  std::set<std::string> healthy;
+  for (const auto& [name, process] : monitor.processes()) {
+    if (process != victim.pid()) healthy.insert(name);
+  }
   for (std::size_t round = 0; round < rounds; ++round) {
     stopping.healthyUsual.add(monitoredScan(desktop.scanner, monitor).millisecondsUntilAnswersOf(healthy));
     victim.setStopped(true);
@@ -121,8 +126,9 @@ void measureStoppedProgram(QuestionDesktop& desktop, const std::string& address,
   report.times("a scan while all programs run", stopping.usual);
   report.times("the scan that finds it stopped", stopping.stopped);
   report.times("later scans while it stays stopped", stopping.stoppedAgain);
-  report.times("monitored: other questions' answers, all run", stopping.healthyUsual);
-  report.times("monitored: other questions' answers, one stopped", stopping.healthyStopped);
+  report.times("monitored: the other programs' answers, all run", stopping.healthyUsual);
+  report.times("monitored: the other programs' answers, one stopped", stopping.healthyStopped);
+  report.atMost("scans that missed another program's question", static_cast<double>(stopping.scansThatMissed), 0);
   report.atMost("back at, p95 in ms", stopping.stopped.p95(), deadlineMilliseconds + beyondDeadlineMilliseconds);
   report.atMost("others' answers: one stopped / all run",
                 stopping.healthyStopped.median() / stopping.healthyUsual.median(), 1.2);
