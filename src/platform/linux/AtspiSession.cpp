@@ -77,9 +77,11 @@ void AtspiSession::learnToolkit(const std::string& busName, Toolkit toolkit) {
 
 const DialogShape* AtspiSession::shapeOf(const AtspiReference& dialog) const {
   const auto known = shapes_.find(dialog);
-  const bool isFresh =
-      known != shapes_.end() && known->second && DialogShape::Clock::now() - known->second->learntAt < shapeLifetime;
-  return isFresh ? &*known->second : nullptr;
+  return known != shapes_.end() && known->second ? &*known->second : nullptr;
+}
+
+bool AtspiSession::isFresh(const DialogShape& shape) {
+  return DialogShape::Clock::now() - shape.learntAt < shapeLifetime;
 }
 
 bool AtspiSession::isSearchable(const AtspiReference& dialog) const {

@@ -49,7 +49,7 @@ bool DialogSearch::sendMissing(AtspiStep& step) {
       stage_ = Stage::place;
       return true;
     case Stage::place:
-      if (!sort()) return end(false);
+      if (!lists_ || !lists_->empty() || !sort()) return end(false);
       askForPlaces(step);
       stage_ = Stage::settle;
       return true;
@@ -69,17 +69,21 @@ bool DialogSearch::sendMissing(AtspiStep& step) {
 /// A dialog of known shape is only asked whether it still has it; what its objects say is asked at the same time.
 void DialogSearch::begin(AtspiStep& step) {
   const DialogShape* known = reading_.session().shapeOf(dialog_);
-  if (known != nullptr && known->shown.size() <= limit_) {
+  if (known != nullptr && AtspiSession::isFresh(*known) && known->shown.size() <= limit_) {
     shape_ = *known;
     for (const auto& [object, role] : shape_.roles)
       reading_.learnRole(object, role);
     search(all_, {.states = bit(AtspiState::showing), .roles = {}, .count = static_cast<std::int32_t>(limit_) + 1},
            step);
     stage_ = Stage::recognize;
-  } else {
-    searchForLists(step);
-    stage_ = Stage::search;
+    return;
   }
+  searchForLists(step);
+  stage_ = Stage::search;
+  // One that had no list a while ago is taken at its word: a list that came since is met once.
+  if (known == nullptr) return;
+  searchForShown(step);
+  stage_ = Stage::place;
 }
 
 bool DialogSearch::end(bool isSettled) {
