@@ -83,8 +83,9 @@ struct Stopping {
 };
 
 void awaitAllQuestions(QuestionDesktop& desktop) {
+  // On a busy machine any of them may be missed, and is then counted anew.
   const bool areBack = testing::DesktopSession::waitUntil(
-      [&] { return QuestionDesktop::questionsIn(desktop.scanner.scan()) == QuestionDesktop::questions; });
+      [&] { return QuestionDesktop::questionsIn(desktop.scanner.scan()) == QuestionDesktop::questions; }, Seconds(60));
   if (!areBack) throw std::runtime_error("the stopped program's question did not come back");
 }
 

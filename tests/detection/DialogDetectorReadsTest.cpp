@@ -41,21 +41,22 @@ struct DialogDetectorReadsTest : testing::Test {
   }
 };
 
-TEST_F(DialogDetectorReadsTest, plansApplicationsThenWindowsThenSheets) {
+TEST_F(DialogDetectorReadsTest, plansApplicationsWithTheirWindowsAndThenSheets) {
   const auto pid = desktop.launch("Notes", "org.notes");
   desktop.openWindow(pid, accessPrompt());
   (void)detector.scan();
-  ASSERT_THAT(forwarding.plans, SizeIs(2));
+  ASSERT_THAT(forwarding.plans, SizeIs(1));
   EXPECT_THAT(forwarding.plans[0].roots, ElementsAre(desktop.application(pid)));
   EXPECT_THAT(forwarding.plans[0].attributes,
-              ElementsAre(AXAttribute::windows, AXAttribute::mainWindow, AXAttribute::focusedWindow));
-  EXPECT_EQ(forwarding.plans[1].descendantLimit, limits::contentDescendants);
+              testing::IsSupersetOf({AXAttribute::windows, AXAttribute::mainWindow, AXAttribute::focusedWindow,
+                                     AXAttribute::role, AXAttribute::value, AXAttribute::position}));
+  EXPECT_EQ(forwarding.plans[0].descendantLimit, limits::contentDescendants);
   openDocumentWithSheet(pid);
   forwarding.plans.clear();
   (void)detector.scan();
-  ASSERT_THAT(forwarding.plans, SizeIs(3));
-  EXPECT_THAT(forwarding.plans[1].roots, SizeIs(2));
-  EXPECT_THAT(forwarding.plans[2].roots, SizeIs(1));
+  ASSERT_THAT(forwarding.plans, SizeIs(2));
+  EXPECT_THAT(forwarding.plans[0].roots, SizeIs(1));
+  EXPECT_THAT(forwarding.plans[1].roots, SizeIs(1));
 }
 
 TEST_F(DialogDetectorReadsTest, plansWiderToFindAButtonAgain) {

@@ -71,7 +71,7 @@ TEST(ToolkitDress, toolkitsAreKnownByTheirNames) {
   EXPECT_EQ(toolkitNamed("gtk"), Toolkit::gtk3);
   EXPECT_EQ(toolkitNamed("GTK"), Toolkit::gtk4);
   EXPECT_EQ(toolkitNamed("Qt"), Toolkit::qt);
-  EXPECT_EQ(toolkitNamed("Chromium"), Toolkit::other);
+  EXPECT_EQ(toolkitNamed("VCL"), Toolkit::other);
   EXPECT_EQ(toolkitNamed(""), Toolkit::unknown);
 }
 

@@ -18,6 +18,8 @@ constexpr std::chrono::milliseconds connectTimeout{1000};
 constexpr std::size_t callsInFlight = 64;
 /// Peers of whom something is remembered; beyond, those that are well are forgotten. A desktop runs some dozens.
 constexpr std::size_t rememberedPeers = 512;
+/// So many of its time-outs a call may take while the peer answers others: in-flight calls are worked off in turn.
+constexpr int patience = 10;
 /// Time-outs in a row after which answered probes alone win no further chance.
 constexpr int fewTimeouts = 3;
 /// How long a hung peer is left alone after its first time-out; twice as long after each further one in a row.
@@ -90,6 +92,11 @@ struct AtspiBus::Flight {
   Clock::time_point sentAt;
   std::chrono::microseconds timeout;
   SdBusSlotHandle slot;
+
+  /// A peer that answers one call after the other is not hung, up to a point.
+  [[nodiscard]] Clock::time_point deadline() const {
+    return std::min(std::max(sentAt, peer.answeredAt) + timeout, sentAt + patience * timeout);
+  }
 };
 
 std::expected<std::unique_ptr<AtspiBus>, std::string> AtspiBus::connect(const std::string& address) {
@@ -161,8 +168,8 @@ bool AtspiBus::sendNow(Peer& peer, AtspiCall call, Handler& handler) {
   const auto timeout = std::max(timeoutOfAll_.value_or(peer.timeout), std::chrono::microseconds(1));
   auto flight = std::make_unique<Flight>(Flight{*this, call.target.busName, peer, {}, Clock::now(), timeout, nullptr});
   sd_bus_slot* slot = nullptr;
-  result = sd_bus_call_async(bus_.get(), &slot, message.get(), onReply, flight.get(),
-                             static_cast<std::uint64_t>(timeout.count()));
+  // Its time-out is ours to watch: the library would let it pass before it looks at what has long come in.
+  result = sd_bus_call_async(bus_.get(), &slot, message.get(), onReply, flight.get(), UINT64_MAX);
   if (result < 0) return false;
   flight->slot.reset(slot);
   flight->handler = std::move(handler);
@@ -181,21 +188,10 @@ void AtspiBus::land(Flight* flight, sd_bus_message* message) {
   Peer& target = flight->peer;
   target.inFlight.erase(flight);
   --unanswered_;
+  target.answeredAt = Clock::now();
+  target.timeoutsInARow = 0;
   Answer answer = message;
-  if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
-    // The bus says "no reply" also for a program that ended; one that is hung is known by the time that passed.
-    const bool isTimeout = std::string_view(error->name) == SD_BUS_ERROR_NO_REPLY && isOpen() &&
-                           Clock::now() - flight->sentAt >= flight->timeout;
-    answer = std::unexpected(isTimeout ? AXError::cannotComplete : errorNamed(error->name));
-    if (isTimeout) {
-      noteTimeout(flight->busName, target);
-      refuseAll(target, AXError::cannotComplete);
-    } else {
-      target.timeoutsInARow = 0;
-    }
-  } else {
-    target.timeoutsInARow = 0;
-  }
+  if (const sd_bus_error* error = sd_bus_message_get_error(message)) answer = std::unexpected(errorNamed(error->name));
   sendWaiting(target);
   flight->handler(answer);
 }
@@ -205,6 +201,24 @@ bool AtspiBus::isHung(Peer& peer) {
   if (Clock::now() < peer.retryAt) return true;
   peer.probe.reset();
   return false;
+}
+
+/// Gives up on the peers whose time is over. How long the others have.
+std::chrono::microseconds AtspiBus::refuseHung() {
+  const auto now = Clock::now();
+  auto earliest = now + longestRetry;
+  for (auto& [name, peer] : peers_) {
+    auto deadline = Clock::time_point::max();
+    for (const Flight* flight : peer.inFlight)
+      deadline = std::min(deadline, flight->deadline());
+    if (deadline <= now) {
+      noteTimeout(name, peer);
+      refuseAll(peer, AXError::cannotComplete);
+    } else {
+      earliest = std::min(earliest, deadline);
+    }
+  }
+  return std::chrono::ceil<std::chrono::microseconds>(earliest - now);
 }
 
 void AtspiBus::noteTimeout(const std::string& busName, Peer& peer) {
@@ -269,7 +283,9 @@ void AtspiBus::run() {
     }
     int result = sd_bus_process(bus_.get(), nullptr);
     if (result > 0) continue;
-    if (result == 0) result = sd_bus_wait(bus_.get(), UINT64_MAX);
+    // All that came in was looked at; only now it can be said who did not answer.
+    const auto left = refuseHung();
+    if (result == 0 && refused_.empty()) result = sd_bus_wait(bus_.get(), static_cast<std::uint64_t>(left.count()));
     if (result < 0 && result != -EINTR) refuseAll(AXError::cannotComplete);
   }
 }

@@ -44,10 +44,10 @@ struct AtspiCall {
 [[nodiscard]] std::chrono::seconds pauseAfterTimeouts(int timeoutsInARow);
 
 /// One thread's connection to the accessibility bus, on which many calls are in flight at once. Each call has its
-/// peer's time-out from the moment it is sent; only few are sent ahead of a peer's answers, so that a long queue is no
-/// reason for a time-out. A peer that lets one pass is hung: all its calls fail at once, and later ones without being
-/// sent, until it answers the one probe that it is sent then, or a while has passed that grows with each time-out in a
-/// row. One that answers probes but nothing else waits for the end of that while too.
+/// peer's time-out from the moment it is sent or the peer's last answer; only few are sent ahead of a peer's answers,
+/// so that a long queue is no reason for a time-out. A peer that lets one pass is hung: all its calls fail at once, and
+/// later ones without being sent, until it answers the one probe that it is sent then, or a while has passed that grows
+/// with each time-out in a row. One that answers probes but nothing else waits for the end of that while too.
 class AtspiBus {
  public:
   /// The reply is lent for the duration of the handler.
@@ -81,6 +81,7 @@ class AtspiBus {
     std::deque<std::pair<AtspiCall, Handler>> waiting;
     std::unordered_set<Flight*> inFlight;
     std::chrono::microseconds timeout{0};
+    Clock::time_point answeredAt;
     int timeoutsInARow = 0;
     Clock::time_point retryAt;  ///< while hung
     SdBusSlotHandle probe;      ///< present until it is answered
@@ -93,6 +94,7 @@ class AtspiBus {
   void sendWaiting(Peer& peer);
   bool sendNow(Peer& peer, AtspiCall call, Handler& handler);
   [[nodiscard]] static bool isHung(Peer& peer);
+  std::chrono::microseconds refuseHung();
   void noteTimeout(const std::string& busName, Peer& peer);
   void probe(const std::string& busName, Peer& peer);
   void land(Flight* flight, sd_bus_message* message);
