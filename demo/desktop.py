@@ -1,5 +1,7 @@
 """A private desktop: an X display, a window manager, a session bus and an accessibility bus, with a HOME of its own."""
 
+import dataclasses
+import math
 import os
 import pathlib
 import re
@@ -7,6 +9,28 @@ import subprocess
 import time
 
 import processes
+
+
+def _identifiers(line):
+    return re.findall(r"0x[0-9a-f]+", line)
+
+
+@dataclasses.dataclass(frozen=True)
+class Frame:
+    """A window's place on the display, in pixels."""
+    x: float
+    y: float
+    width: float
+    height: float
+
+    def distance(self, other):
+        """Between the two centres."""
+        return math.hypot(self.x + self.width / 2 - other.x - other.width / 2,
+                          self.y + self.height / 2 - other.y - other.height / 2)
+
+    def holds(self, other):
+        return (self.x <= other.x and self.y <= other.y and self.x + self.width >= other.x + other.width
+                and self.y + self.height >= other.y + other.height)
 
 
 class Desktop:
@@ -36,16 +60,21 @@ class Desktop:
         self._start_session_bus(runtime)
         self._enable_accessibility()
         self._start_window_manager()
-        self._spy = self._start("client-list", ["xprop", "-root", "-spy", "_NET_CLIENT_LIST"])
-        self._spy.lines.wait(lambda line: "_NET_CLIENT_LIST" in line)
+        self._list = self._spy("client-list", "_NET_CLIENT_LIST")
+        self._front = self._spy("active-window", "_NET_ACTIVE_WINDOW")
 
     def _start(self, name, command, **options):
         return processes.start(command, self.environment, self.logs / f"{name}.log", **options)
 
+    def _spy(self, name, property_name):
+        spy = self._start(name, ["xprop", "-root", "-spy", property_name])
+        spy.lines.wait(lambda line: property_name in line)
+        return spy.lines
+
     def _start_display(self):
         reader, writer = os.pipe()
-        self._start("display", ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
-                    pass_fds=[writer])
+        self.display = self._start("display", ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24",
+                                               "-nolisten", "tcp"], pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as numbers:
             number = numbers.readline().strip()
@@ -83,20 +112,72 @@ class Desktop:
 
     def mark(self):
         """A place in the history of the window list, for the waits below."""
-        return self._spy.lines.count()
+        return self._list.count()
 
     def windows(self, line=None):
-        return set(re.findall(r"0x[0-9a-f]+", line if line is not None else self._property("_NET_CLIENT_LIST")))
+        return set(_identifiers(line if line is not None else self._property("_NET_CLIENT_LIST")))
 
     def wait_for_new_window(self, before, mark, timeout=20.0):
         """The moment at which a window appeared that was not in `before`, and the window; None when none did."""
-        hit = self._spy.lines.wait(lambda line: self.windows(line) - before, mark, timeout)
+        hit = self._list.wait(lambda line: self.windows(line) - before, mark, timeout)
         return (hit[0], (self.windows(hit[1]) - before).pop()) if hit else None
+
+    def frame(self, window):
+        """The window without its title bar; None when there is no such window."""
+        outcome = subprocess.run(["xwininfo", "-id", window], env=self.environment, text=True, capture_output=True)
+        numbers = [re.search(rf"{name}: +(-?\d+)", outcome.stdout)
+                   for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")]
+        return Frame(*(int(number.group(1)) for number in numbers)) if all(numbers) else None
+
+    def stacking(self):
+        """The windows from the lowest to the topmost."""
+        return _identifiers(self._property("_NET_CLIENT_LIST_STACKING"))
+
+    def act(self, *words):
+        """Does what a person at the keyboard and the mouse would (the words of xdotool)."""
+        subprocess.run(["xdotool", *map(str, words)], env=self.environment, check=True, stdout=subprocess.DEVNULL,
+                       timeout=20)
+
+    def activate(self, window, timeout=20.0):
+        """Brings a window to the front and gives it the keyboard; says whether it got it."""
+        mark = self._front.count()
+        if int(window, 16) in self._active():
+            return True
+        self.act("windowactivate", window)
+        return self._front.wait(lambda line: int(window, 16) in self._active(line), mark, timeout) is not None
+
+    def _active(self, line=None):
+        return {int(text, 16) for text in
+                _identifiers(line if line is not None else self._property("_NET_ACTIVE_WINDOW"))}
+
+    def move(self, window, x, y, timeout=20.0):
+        """Moves a window; its frame when it has arrived somewhere else, None when it stayed."""
+        before, deadline = self.frame(window), time.monotonic() + timeout
+        self.act("windowmove", window, x, y)
+        while time.monotonic() < deadline:
+            after = self.frame(window)
+            if after and before and after.distance(before) > 10:
+                return after
+            time.sleep(0.02)
+        return None
+
+    def wait_for_title(self, window, accept, timeout=20.0):
+        """Whether the window gets a title that `accept` takes."""
+        spy = self._start("titles", ["xprop", "-id", window, "-spy", "_NET_WM_NAME"])
+        try:
+            return spy.lines.wait(accept, timeout=timeout) is not None
+        finally:
+            processes.end(spy)
 
     def wait_until_gone(self, window, mark, timeout=20.0):
         """The moment at which the window left the list; None when it stayed."""
-        hit = self._spy.lines.wait(lambda line: window not in self.windows(line), mark, timeout)
+        hit = self.wait_until_one_gone({window}, mark, timeout)
         return hit[0] if hit else None
+
+    def wait_until_one_gone(self, windows, mark, timeout=20.0):
+        """The moment at which the first of the windows left the list, and which; None when all stayed."""
+        hit = self._list.wait(lambda line: windows - self.windows(line), mark, timeout)
+        return (hit[0], (windows - self.windows(hit[1])).pop()) if hit else None
 
     def screenshot(self, path):
         subprocess.run(["import", "-silent", "-window", "root", str(path)], env=self.environment, check=True)

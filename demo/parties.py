@@ -5,6 +5,7 @@ import re
 import shutil
 import signal
 import subprocess
+import typing
 
 import processes
 
@@ -19,29 +20,44 @@ class Relay:
         self.start()
 
     def start(self):
-        self._process = processes.start(self._command + [f"127.0.0.1:{self.port}"], self._desktop.environment,
-                                        self._desktop.logs / "relay.log")
-        ready = self._process.lines.wait(lambda line: "listening on" in line)
+        self.process = processes.start(self._command + [f"127.0.0.1:{self.port}"], self._desktop.environment,
+                                       self._desktop.logs / "relay.log")
+        ready = self.process.lines.wait(lambda line: "listening on" in line)
         if not ready:
             raise RuntimeError("the relay did not start")
         self.port = int(re.search(r":(\d+)", ready[1]).group(1))
 
     def kill(self):
-        self._process.send_signal(signal.SIGKILL)
-        self._process.wait()
+        self.process.send_signal(signal.SIGKILL)
+        self.process.wait()
 
 
 class Agent:
-    """The agent, installed below HOME as a user would have it."""
+    """The agent, installed below HOME as a user would have it; its secrets outlive a restart."""
 
     def __init__(self, desktop, relay):
         self.home = desktop.home
-        environment = dict(desktop.environment, TALLYFOX_RELAY_URL=f"ws://127.0.0.1:{relay.port}/agent",
-                           TALLYFOX_PAIRING_ID="demo")
-        self.process = processes.start([str(desktop.home / ".local/bin/tallyfox")], environment,
-                                       desktop.logs / "agent.log")
+        self._program = str(desktop.home / ".local/bin/tallyfox")
+        self._environment = dict(desktop.environment, TALLYFOX_RELAY_URL=f"ws://127.0.0.1:{relay.port}/agent",
+                                 TALLYFOX_PAIRING_ID="demo")
+        self._log = desktop.logs / "agent.log"
+        self.start()
+
+    def start(self):
+        self.process = processes.start([self._program], self._environment, self._log)
         if not self.process.lines.wait(lambda line: line == "Tallyfox relay connected."):
             raise RuntimeError("the agent did not connect to the relay")
+
+    def stop(self):
+        """Asks it to end as a logout does, and gives its exit status."""
+        self.process.terminate()
+        return self.process.wait(20)
+
+    def command(self, *words):
+        """Runs the program beside the running agent, as its owner does in a terminal: exit status and what it said."""
+        outcome = subprocess.run([self._program, *words], env=self._environment, text=True, capture_output=True,
+                                 timeout=30)
+        return outcome.returncode, (outcome.stdout + outcome.stderr).strip()
 
     def pairing_code(self, relay):
         """What the pairing code on the screen will carry, from where the agent keeps its secrets."""
@@ -51,13 +67,18 @@ class Agent:
                            "pairingID": secrets["pairingID"], "relaySecret": secrets["relayAuthToken"],
                            "e2eSecret": secrets["e2eSecret"]})
 
-    def decision(self, start):
-        """How the last decision since line `start` was carried out, in the agent's own words."""
-        for _, line in reversed(self.process.lines.since(start)):
-            match = re.match(r"Decision \S+: (.*)\.$", line)
-            if match:
-                return match.group(1)
-        return "no decision"
+    def decision(self, decision_id):
+        """How this decision was carried out, in the agent's own words; None when it says nothing of it."""
+        opening = f"Decision {decision_id}: "
+        line = self.process.lines.wait(lambda line: line.startswith(opening))
+        return line[1].removeprefix(opening).removesuffix(".") if line else None
+
+
+class Answer(typing.NamedTuple):
+    """What the phone was told of its decision."""
+    status: str
+    error: str
+    decision_id: str
 
 
 class Phone:
@@ -80,19 +101,19 @@ class Phone:
         if not self._desktop.wait_for_new_window(before, mark, timeout=5):
             print("The phone's terminal did not open; the screenshots show the dialogs alone.", flush=True)
 
-    def wait_for(self, accept, start=0, timeout=20.0):
+    def wait_for_list(self, accept, start=0, timeout=30.0):
+        """The moment and the list when the phone first gets one that `accept` takes."""
+        def listed(line):
+            approvals = _approvals(line)
+            return approvals is not None and accept(approvals)
+
+        hit = self._watch.lines.wait(listed, start, timeout)
+        return (hit[0], _approvals(hit[1])) if hit else None
+
+    def wait_for(self, accept, start=0, timeout=30.0):
         """The moment and the approval when the phone's list first holds one that `accept` takes."""
-        found = []
-
-        def matches(line):
-            for approval in json.loads(line).get("approvals", []):
-                if accept(approval):
-                    found.append(approval)
-                    return True
-            return False
-
-        hit = self._watch.lines.wait(matches, start, timeout)
-        return (hit[0], found[0]) if hit else None
+        hit = self.wait_for_list(lambda approvals: any(map(accept, approvals)), start, timeout)
+        return (hit[0], next(filter(accept, hit[1]))) if hit else None
 
     def mark(self):
         return self._watch.lines.count()
@@ -100,15 +121,36 @@ class Phone:
     def events(self, start):
         return [json.loads(line) for _, line in self._watch.lines.since(start)]
 
+    def list(self):
+        """The newest list that the phone has."""
+        lists = [event["approvals"] for event in self.events(0) if "approvals" in event]
+        return lists[-1] if lists else []
+
     def answer(self, approval, button):
-        """The result of a decision: its status and its error text."""
-        outcome = subprocess.run([self._program, "--json", "answer", approval["id"], button], text=True,
-                                 env=self._environment, capture_output=True, timeout=60)
-        for line in outcome.stdout.splitlines():
-            event = json.loads(line)
+        """Sends a decision and waits for its result."""
+        events, error = self._run("answer", approval["id"], button)
+        for event in events:
             if "status" in event:
-                return event["status"], event.get("error", "")
-        return "none", outcome.stderr.strip()
+                return Answer(event["status"], event.get("error", ""), event["decisionID"])
+        return Answer("none", error, "")
+
+    def suppress(self, approval):
+        """Mutes a dialog; the identifier that shows it again, None when that failed."""
+        events, _ = self._run("suppress", approval["id"])
+        return next((event["suppressionID"] for event in events if event.get("state") == "suppressed"), None)
+
+    def unsuppress(self, suppression_id):
+        events, _ = self._run("unsuppress", suppression_id)
+        return any(event.get("state") == "unsuppressed" for event in events)
+
+    def _run(self, *words):
+        outcome = subprocess.run([self._program, "--json", *words], text=True, env=self._environment,
+                                 capture_output=True, timeout=60)
+        return [json.loads(line) for line in outcome.stdout.splitlines()], outcome.stderr.strip()
+
+
+def _approvals(line):
+    return json.loads(line).get("approvals")
 
 
 def install(build, desktop):

@@ -113,7 +113,12 @@ def start(command, environment, log_path, **options):
 
 
 def end(process, patience=5.0):
-    """Ends one started program politely, then by force."""
+    """Ends one started program and what it started, politely, then by force."""
+    for pid in descendants(process.pid):
+        try:
+            os.kill(pid, signal.SIGTERM)
+        except ProcessLookupError:
+            pass
     if process.poll() is None:
         process.terminate()
         try:

@@ -161,10 +161,10 @@ class FaultLines(unittest.TestCase):
         self.assertIsNotNone(seen)
         dialog.kill()
         dialog.wait()
-        status, error = phone.answer(seen[1], "Yes")
-        self.assertEqual("not_found", status)
-        self.assertIn(error, ["The approved button no longer exists on screen.",
-                              "The approval request is no longer pending."])
+        result = phone.answer(seen[1], "Yes")
+        self.assertEqual("not_found", result.status)
+        self.assertIn(result.error, ["The approved button no longer exists on screen.",
+                                     "The approval request is no longer pending."])
         self.assert_goes_on(agent.process)
 
     def test_a_second_agent_ends_by_itself(self):
