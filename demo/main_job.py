@@ -13,6 +13,7 @@ import tempfile
 import cases
 import disturbances
 import processes
+import staying
 from desktop import Desktop
 from parties import Agent, Phone, Relay, install
 from report import Row, write_report
@@ -90,9 +91,9 @@ def main(options):
     with tempfile.TemporaryDirectory(prefix="tallyfox-demo-", ignore_cleanup_errors=True) as folder:
         try:
             stage = set_up(pathlib.Path(folder), options.build, options.output)
-            status = show(stage)
+            status = staying.stay(stage) if options.stay else show(stage)
         except Interrupted:
-            status = _INTERRUPTED
+            status = 0 if options.stay else _INTERRUPTED
         finally:
             _on_interruption(signal.SIG_IGN)
             forced = processes.end_all_descendants()
@@ -103,6 +104,8 @@ def main(options):
 
 def parsed(words):
     parser = argparse.ArgumentParser(prog="main_job.py", description=__doc__)
+    parser.add_argument("--stay", action="store_true",
+                        help="instead of the cases: leave everything up for a person to try, until interrupted")
     parser.add_argument("build", type=lambda text: pathlib.Path(text).resolve(), help="the folder of the build")
     parser.add_argument("output", type=lambda text: pathlib.Path(text).resolve(), help="for screenshots and logs")
     return parser.parse_args(words)
