@@ -126,6 +126,13 @@ def paused(stage, name):
     first = open_dialog(stage, name, _question("Erase the print queue?"), "Erase the print queue")
     phone_mark = stage.phone.mark()
     _tell_agent(stage, "pause", "forever")
+    try:
+        return _answered_after_the_pause(stage, name, first, phone_mark)
+    finally:
+        stage.agent.command("resume")
+
+
+def _answered_after_the_pause(stage, name, first, phone_mark):
     require(stage.phone.wait_for_list(lambda approvals: not approvals, phone_mark), "the list was not emptied")
     phone_mark = stage.phone.mark()
     process, window, shown = start_program(stage, f"{name}-second", _question("Erase the scan queue?"))

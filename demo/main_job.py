@@ -6,7 +6,6 @@ import argparse
 import pathlib
 import shutil
 import signal
-import subprocess
 import sys
 import tempfile
 
@@ -44,12 +43,14 @@ _INTERRUPTED = 130
 
 
 def run_case(stage, name, case):
+    """Whatever goes wrong in a case makes its row wrong and leaves the others their turn."""
     print(f"  {name} ...", flush=True)
     try:
         return case(stage, name)
-    except (Failure, subprocess.SubprocessError, RuntimeError) as failure:
+    except Exception as problem:
         stage.desktop.screenshot(stage.output / f"{name}-wrong.png")
-        return Row(name, str(failure), is_right=False)
+        sentence = str(problem) if isinstance(problem, Failure) else f"{type(problem).__name__}: {problem}"
+        return Row(name, sentence, is_right=False)
     finally:
         stage.end_programs()
 
@@ -65,8 +66,8 @@ def set_up(folder, build, output):
     return Stage(desktop, relay, agent, phone, build, output, desktop.windows())
 
 
-class Interrupted(Exception):
-    """Somebody wants the program to end."""
+class Interrupted(BaseException):
+    """Somebody wants the program to end; no case may take that for its own failure."""
 
 
 def _interrupt(*_):
