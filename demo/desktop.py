@@ -169,15 +169,14 @@ class Desktop:
         finally:
             processes.end(spy)
 
-    def wait_until_gone(self, window, mark, timeout=20.0):
-        """The moment at which the window left the list; None when it stayed."""
-        hit = self.wait_until_one_gone({window}, mark, timeout)
-        return hit[0] if hit else None
-
     def wait_until_one_gone(self, windows, mark, timeout=20.0):
         """The moment at which the first of the windows left the list, and which; None when all stayed."""
         hit = self._list.wait(lambda line: windows - self.windows(line), mark, timeout)
         return (hit[0], (windows - self.windows(hit[1])).pop()) if hit else None
+
+    def wait_for_windows(self, windows, mark, timeout=20.0):
+        """Whether the list comes to hold exactly these."""
+        return self._list.wait(lambda line: self.windows(line) == windows, mark, timeout) is not None
 
     def screenshot(self, path):
         subprocess.run(["import", "-silent", "-window", "root", str(path)], env=self.environment, check=True)

@@ -4,8 +4,8 @@ import dataclasses
 import time
 
 from report import Row
-from stage import (Dialog, Failure, answer, expect_exit, expect_open, frame_of, open_dialog, require, says,
-                   start_program)
+from stage import (Dialog, Failure, answer, answer_one_of, expect_exit, expect_open, frame_of, open_dialog, require,
+                   says, start_program)
 
 # A frame as the agent sees it and as the display tells it differ by a title bar at most.
 _TITLE_BAR = 40
@@ -201,24 +201,19 @@ def alike_stacked(stage, name):
     stage.desktop.screenshot(stage.output / f"{name}-both.png")
     twins = {first.window: first.process, window: process}
 
-    mark, phone_mark = stage.desktop.mark(), stage.phone.mark()
-    result = stage.phone.answer(first.approval, "Erase")
-    require(result.status == "accepted", f"answering the first gave {result.status!r} {result.error}")
-    decision = stage.agent.decision(result.decision_id)
-    require(decision and decision.startswith("accepted by "), f"the agent's log says {decision!r} of it")
-    gone = stage.desktop.wait_until_one_gone(set(twins), mark)
-    require(gone, "reported as accepted, but both windows are still there")
-    ended = [expect_exit(twins.pop(gone[1]), 0)]
+    phone_mark = stage.phone.mark()
+    outcomes = [answer_one_of(stage, f"{name}-one", twins, "Erase", first.approval)]
+    ended = [expect_exit(twins.pop(outcomes[0].window), 0)]
     (left, survivor), = twins.items()
     expect_open(stage, survivor, left)
     again = stage.phone.wait_for(lambda approval: says(text)(approval) and approval["id"] != first.approval["id"]
                                  and frame_of(approval) == frame_of(first.approval), phone_mark)
     require(again, "the phone was not asked again for the other one")
-    outcome = answer(stage, name, Dialog(survivor, left, again[1], first.show_to_phone_ms), "Not Now")
+    outcomes.append(answer(stage, name, Dialog(survivor, left, again[1], first.show_to_phone_ms), "Not Now"))
     ended.append(expect_exit(survivor, 1))
     return Row(name, f"one entry for two: {first.seen()}; after the answer the other", "Erase, then Not Now",
-               f"{decision}, {outcome.pressed}", "one gone by each answer", " and ".join(ended), first.show_to_phone_ms,
-               outcome.answer_to_gone_ms)
+               ", ".join(outcome.pressed for outcome in outcomes), "one gone by each answer", " and ".join(ended),
+               first.show_to_phone_ms, outcomes[1].answer_to_gone_ms)
 
 
 def _lay_onto(stage, window, other):

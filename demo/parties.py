@@ -132,7 +132,7 @@ class Phone:
         for event in events:
             if "status" in event:
                 return Answer(event["status"], event.get("error", ""), event["decisionID"])
-        return Answer("none", error, "")
+        return Answer("none", " ".join(event.get("message", "") for event in events) or error, "")
 
     def suppress(self, approval):
         """Mutes a dialog; the identifier that shows it again, None when that failed."""

@@ -11,6 +11,9 @@ from desktop import Desktop, Frame
 from parties import Agent, Phone, Relay
 
 
+_MOST_TRIES = 5
+
+
 class Failure(Exception):
     """A case that went wrong, in a sentence."""
 
@@ -27,9 +30,13 @@ class Stage:
     programs: list = dataclasses.field(default_factory=list)
 
     def end_programs(self):
-        """Ends what a case has started and left running."""
+        """Ends what a case has started and left running. The display reuses the numbers of windows: the next case may
+        begin only when the list of windows has forgotten these."""
+        mark = self.desktop.mark()
         while self.programs:
             processes.end(self.programs.pop())
+        if self.desktop.windows() != self.resident_windows:
+            self.desktop.wait_for_windows(self.resident_windows, mark)
 
 
 @dataclasses.dataclass
@@ -48,9 +55,10 @@ class Dialog:
 
 @dataclasses.dataclass
 class Outcome:
-    """An answer that was carried out: how, in the agent's own words, and the time until the window had gone."""
+    """An answer that was carried out: how, in the agent's own words, the time until the window had gone, and which."""
     pressed: str
     answer_to_gone_ms: float
+    window: str
 
 
 def require(condition, sentence):
@@ -108,17 +116,34 @@ def _arrived(stage, name, process, window, shown, phone_mark, text):
 
 
 def answer(stage, name, dialog, button, approval=None):
-    """Lets the phone press a button; the result, the agent's log and the window list must all tell the same."""
+    """Lets the phone press a button of a dialog that is one of its kind."""
+    return answer_one_of(stage, name, {dialog.window: dialog.process}, button, approval or dialog.approval)
+
+
+def answer_one_of(stage, name, programs, button, approval):
+    """Lets the phone press a button; the result, the agent's log and the window list must all tell the same. `programs`
+    has the windows that look like the approval, with their processes: one of them has to go."""
     mark, began = stage.desktop.mark(), time.monotonic()
-    result = stage.phone.answer(approval or dialog.approval, button)
+    result, asked = _ask(stage, programs, button, approval)
     require(result.status == "accepted", f"answering {button!r} gave {result.status!r} {result.error}")
-    gone = stage.desktop.wait_until_gone(dialog.window, mark)
-    require(gone and dialog.window not in stage.desktop.windows(),
-            "reported as accepted, but its window is still there")
+    gone = stage.desktop.wait_until_one_gone(set(programs), mark)
+    require(gone and gone[1] not in stage.desktop.windows(), "reported as accepted, but its window is still there")
     stage.desktop.screenshot(stage.output / f"{name}-after.png")
     decision = stage.agent.decision(result.decision_id)
     require(decision and decision.startswith("accepted by "), f"the agent's log says {decision!r} of it")
-    return Outcome(decision, (gone - began) * 1000)
+    return Outcome(decision + (f", asked {asked} times" if asked > 1 else ""), (gone[0] - began) * 1000, gone[1])
+
+
+def _ask(stage, programs, button, approval):
+    """An application that is too busy to answer the agent in time cannot be pressed. The agent says so, and the owner,
+    who still sees the dialog, asks again. The last result, and how often it took."""
+    for asked in range(1, _MOST_TRIES + 1):
+        result = stage.phone.answer(approval, button)
+        if result.status not in ("not_found", "failed"):
+            break
+        for window, process in programs.items():
+            expect_open(stage, process, window)
+    return result, asked
 
 
 def expect_exit(process, status):
