@@ -73,8 +73,9 @@ class Desktop:
 
     def _start_display(self):
         reader, writer = os.pipe()
+        # A display that resets when its last client leaves would drop whoever is just connecting.
         self.display = self._start("display", ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24",
-                                               "-nolisten", "tcp"], pass_fds=[writer])
+                                               "-nolisten", "tcp", "-noreset"], pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as numbers:
             number = numbers.readline().strip()
@@ -84,12 +85,10 @@ class Desktop:
 
     def _start_session_bus(self, runtime):
         address = f"unix:path={runtime}/bus"
-        self._start("session-bus", ["dbus-daemon", "--session", "--nofork", f"--address={address}"])
-        deadline = time.monotonic() + 10
-        while not pathlib.Path(runtime, "bus").exists():
-            if time.monotonic() > deadline:
-                raise RuntimeError("the session bus did not start")
-            time.sleep(0.01)
+        bus = self._start("session-bus", ["dbus-daemon", "--session", "--nofork", f"--address={address}",
+                                          "--print-address"])
+        if not bus.lines.wait(lambda line: line.startswith("unix:")):
+            raise RuntimeError("the session bus did not start")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
 
     def _enable_accessibility(self):
