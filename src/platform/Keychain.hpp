@@ -14,8 +14,9 @@ namespace keychain_status {
 inline constexpr KeychainStatus success = 0;
 inline constexpr KeychainStatus duplicateItem = -25299;
 inline constexpr KeychainStatus itemNotFound = -25300;
-inline constexpr KeychainStatus missingEntitlement = -34018;  ///< this kind of keychain is not there for us
-inline constexpr KeychainStatus notAvailable = -25291;        ///< it is, but cannot be read or written now
+inline constexpr KeychainStatus missingEntitlement = -34018;     ///< this kind of keychain is not there for us
+inline constexpr KeychainStatus notAvailable = -25291;           ///< it is, but cannot be read or written now
+inline constexpr KeychainStatus interactionNotAllowed = -25308;  ///< it is locked, and only its owner can unlock it
 }  // namespace keychain_status
 
 struct KeychainItem {

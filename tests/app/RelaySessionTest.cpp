@@ -44,7 +44,8 @@ TEST_F(RelaySessionTest, startsNothingWithoutAConfiguration) {
 
 TEST_F(RelaySessionTest, asksAKeychainAgainThatWasLockedAtTheStart) {
   answerRegistrations(204);
-  world.keychain.failNext(memory::MemoryKeychain::Operation::copyMatching, true, -25308);
+  world.keychain.failNext(memory::MemoryKeychain::Operation::copyMatching, true,
+                          keychain_status::interactionNotAllowed);
   session.startRelayIfConfigured();
   world.time.runDue();
   EXPECT_THAT(world.network.requests(), IsEmpty());

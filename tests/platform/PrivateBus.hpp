@@ -41,6 +41,7 @@ class PrivateBus {
   PrivateBus& operator=(const PrivateBus&) = delete;
 
   [[nodiscard]] const std::string& address() const { return address_; }
+  void setStopped(bool isStopped) const { ::kill(process_, isStopped ? SIGSTOP : SIGCONT); }
   /// A connection, once the daemon listens.
   [[nodiscard]] linux_os::SdBusHandle connect() const {
     for (int round = 0; round < 1000; ++round) {
@@ -57,20 +58,20 @@ class PrivateBus {
   pid_t process_ = -1;
 };
 
-/// A program that owns a name and answers the calls to one object.
+/// A program that owns a name and answers the calls to one object and those below it.
 class BusProgram {
  public:
   using Answer = std::function<int(sd_bus_message* call)>;
 
   BusProgram(const PrivateBus& bus, const char* name, const char* object, Answer answer)
       : answer_(std::move(answer)), bus_(bus.connect()) {
-    sd_bus_add_object(bus_.get(), nullptr, object, handle, this);
+    sd_bus_add_fallback(bus_.get(), nullptr, object, handle, this);
     if (sd_bus_request_name(bus_.get(), name, 0) < 0) throw std::runtime_error("the name is taken");
     thread_ = std::thread([this] {
       while (!isOver_) {
         while (sd_bus_process(bus_.get(), nullptr) > 0) {
         }
-        sd_bus_wait(bus_.get(), 20'000);
+        if (sd_bus_wait(bus_.get(), 20'000) < 0) return;
       }
     });
   }

@@ -10,7 +10,7 @@ namespace tallyfox::linux_os {
 
 /// The legacy keychain: a file of mode 0600 with the raw bytes for each item, as
 /// DATA_HOME/tallyfox/keychain/SERVICE/ACCOUNT. An item that others can read, that is no plain file or too large is
-/// notAvailable, and so is a name that is no plain file name. There is no data protection keychain here.
+/// notAvailable, and so is a name that is no plain file name. Items of the data protection keychain are none of its.
 class FileKeychain : public Keychain {
  public:
   explicit FileKeychain(std::string dataHome) : dataHome_(std::move(dataHome)) {}

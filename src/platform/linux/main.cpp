@@ -31,10 +31,12 @@
 #include "platform/linux/LinuxAccessibilityObservers.hpp"
 #include "platform/linux/LinuxApplications.hpp"
 #include "platform/linux/LinuxClock.hpp"
+#include "platform/linux/LinuxKeychain.hpp"
 #include "platform/linux/LinuxWindowList.hpp"
 #include "platform/linux/MainEventLoop.hpp"
 #include "platform/linux/NetworkThread.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
+#include "platform/linux/SecretServiceKeychain.hpp"
 #include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/ThreadQueue.hpp"
 #include "platform/linux/TrustChangeWatcher.hpp"
@@ -66,7 +68,9 @@ struct Services {
   LinuxClock clock;
   UserDirectories directories = UserDirectories::from(environment);
   MainEventLoop mainLoop;
-  FileKeychain keychain{directories.dataHome};
+  SecretServiceKeychain secretService{sessionBusAddress(environment)};
+  FileKeychain fileKeychain{directories.dataHome};
+  LinuxKeychain keychain{secretService, fileKeychain};
   FileUserDefaults defaults{directories.configHome, console};
   InstalledBundle bundle{InstalledBundle::runningExecutable(), directories.home};
   AutostartEntry loginItem{directories.configHome, bundle.path()};

@@ -10,13 +10,16 @@
 #include "contract/KeychainContract.hpp"
 #include "contract/LoginItemServiceContract.hpp"
 #include "contract/UserDefaultsContract.hpp"
+#include "platform/KeyringDaemon.hpp"
 #include "platform/TemporaryFolder.hpp"
 #include "platform/linux/AutostartEntry.hpp"
 #include "platform/linux/FileKeychain.hpp"
 #include "platform/linux/FileUserDefaults.hpp"
 #include "platform/linux/FlockInstanceLock.hpp"
 #include "platform/linux/InstalledBundle.hpp"
+#include "platform/linux/LinuxKeychain.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
+#include "platform/linux/SecretServiceKeychain.hpp"
 #include "platform/memory/MemoryServices.hpp"
 
 namespace tallyfox::contract {
@@ -45,6 +48,27 @@ class FileKeychainBackend {
   linux_os::FileKeychain keychain_{folder_.path()};
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, KeychainContract, FileKeychainBackend);
+
+/// The keychains of a desktop with and without a keyring.
+template <bool hasKeyring>
+class DesktopKeychains {
+ public:
+  DesktopKeychains() {
+    if (hasKeyring) keyring_.startUnlocked();
+  }
+  Keychain& keychain() { return keychain_; }
+  [[nodiscard]] bool hasDataProtectionKeychain() const { return hasKeyring; }
+
+ private:
+  PrivateBus bus_;
+  KeyringDaemon keyring_{bus_};
+  TemporaryFolder folder_;
+  linux_os::SecretServiceKeychain secretService_{bus_.address()};
+  linux_os::FileKeychain fileKeychain_{folder_.path()};
+  linux_os::LinuxKeychain keychain_{secretService_, fileKeychain_};
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(LinuxWithKeyring, KeychainContract, DesktopKeychains<true>);
+INSTANTIATE_TYPED_TEST_SUITE_P(LinuxWithoutKeyring, KeychainContract, DesktopKeychains<false>);
 
 class FlockBackend {
  public:

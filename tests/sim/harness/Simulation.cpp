@@ -54,8 +54,8 @@ void Simulation::onMain(std::function<void()> work) {
 
 void Simulation::launch() {
   if (!isCalm_ && random_.chance(scenario_.keychainFails)) {
-    constexpr KeychainStatus interactionNotAllowed = -25308;
-    world_.keychain.failNext(memory::MemoryKeychain::Operation::copyMatching, true, interactionNotAllowed);
+    world_.keychain.failNext(memory::MemoryKeychain::Operation::copyMatching, true,
+                             keychain_status::interactionNotAllowed);
   }
   onMain([this] {
     agent_ = std::make_unique<AppDelegate>(world_.platform({.scanQueue = &scanQueue_}), world_.interface);
