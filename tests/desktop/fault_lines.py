@@ -6,6 +6,9 @@ usage: fault_lines.py BUILD-FOLDER"""
 
 import http.server
 import pathlib
+import socket
+import struct
+import subprocess
 import sys
 import tempfile
 import threading
@@ -38,6 +41,48 @@ class RefusingServer(http.server.ThreadingHTTPServer):
     def __init__(self):
         super().__init__(("127.0.0.1", 0), self.Handler)
         threading.Thread(target=self.serve_forever, daemon=True).start()
+
+
+class Keyring:
+    """The keyring of the desktop, with its files in a folder of its own; made by the first start that unlocks it."""
+
+    PASSWORD = "correct horse"
+
+    def __init__(self, desktop, folder):
+        for path in (folder, folder / "data", folder / "control"):
+            path.mkdir(mode=0o700)
+        self._desktop = desktop
+        self._control = folder / "control"
+        self._environment = dict(desktop.environment, XDG_DATA_HOME=str(folder / "data"))
+
+    def start(self, *options):
+        self._process = subprocess.Popen(
+            ["gnome-keyring-daemon", "--foreground", "--components=secrets", f"--control-directory={self._control}",
+             *options], env=self._environment, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        self._process.stdin.write(self.PASSWORD.encode())
+        self._process.stdin.close()
+        deadline = time.monotonic() + 10
+        while b"true" not in subprocess.run(
+                ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                 "org.freedesktop.DBus.NameHasOwner", "string:org.freedesktop.secrets"],
+                env=self._environment, check=True, capture_output=True).stdout:
+            if time.monotonic() > deadline:
+                raise RuntimeError("the keyring did not start")
+            time.sleep(0.02)
+
+    def unlock(self):
+        """As the owner's login does it: through the control socket, without a dialog."""
+        with socket.socket(socket.AF_UNIX) as control:
+            control.connect(str(self._control / "control"))
+            password = self.PASSWORD.encode()
+            unlock = 1
+            control.sendall(b"\0" + struct.pack(">III", 12 + len(password), unlock, len(password)) + password)
+            if control.recv(8) != struct.pack(">II", 8, 0):
+                raise RuntimeError("the keyring did not unlock")
+
+    def end(self):
+        processes.end(self._process)
 
 
 class FaultLines(unittest.TestCase):
@@ -125,6 +170,20 @@ class FaultLines(unittest.TestCase):
         self.assertEqual("Unable to load pairing credentials: Keychain is unavailable (-25291). Unlock the login "
                          "keychain and reopen Tallyfox.", self.assert_says(agent, "Unable to load"))
         self.assert_goes_on(agent)
+
+    def test_a_locked_keyring(self):
+        keyring = Keyring(self.desktop, self.root / "keyring")
+        self.addCleanup(keyring.end)
+        keyring.start("--unlock")
+        keyring.end()
+        keyring.start()
+        agent = self.start_agent("ws://127.0.0.1:9/agent")
+        self.assertEqual("Unable to load pairing credentials: Keychain is unavailable (-25308). Unlock the login "
+                         "keychain and reopen Tallyfox.", self.assert_says(agent, "Unable to load", count=2))
+        self.assert_goes_on(agent)
+        keyring.unlock()
+        self.assert_says(agent, "Unable to register relay token: ")
+        self.assertFalse((self.root / f"home-{self._testMethodName}" / SECRETS).exists(), "there is a copy in a file")
 
     def test_a_broken_secret_file(self):
         path = self.root / f"home-{self._testMethodName}" / SECRETS
