@@ -33,11 +33,12 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
 }
 
 /// Runs in the new process: only calls that are safe after fork.
-[[noreturn]] void becomeCommand(char* const* arguments, char* const* environment, int standardOutput) {
+[[noreturn]] void becomeCommand(char* const* arguments, char* const* environment, int standardOutput,
+                                int standardInput) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   setpgid(0, 0);
   const int null = open("/dev/null", O_RDWR);
-  dup2(null, STDIN_FILENO);
+  dup2(standardInput < 0 ? null : standardInput, STDIN_FILENO);
   dup2(standardOutput < 0 ? null : standardOutput, STDOUT_FILENO);
   dup2(null, STDERR_FILENO);
   for (int descriptor = 3; descriptor < 256; ++descriptor)
@@ -103,11 +104,12 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
 }  // namespace
 
 DesktopProcess::DesktopProcess(const std::vector<std::string>& command, const std::vector<std::string>& environment,
-                               std::optional<int> standardOutput) {
+                               std::optional<int> standardOutput, std::optional<int> standardInput) {
   const std::vector<char*> arguments = pointersTo(command);
   const std::vector<char*> variables = pointersTo(environment);
   pid_ = fork();
-  if (pid_ == 0) becomeCommand(arguments.data(), variables.data(), standardOutput.value_or(-1));
+  if (pid_ == 0)
+    becomeCommand(arguments.data(), variables.data(), standardOutput.value_or(-1), standardInput.value_or(-1));
   if (pid_ < 0) throw std::runtime_error("cannot start " + command.front());
 }
 

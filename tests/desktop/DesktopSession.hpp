@@ -17,7 +17,7 @@ namespace tallyfox::testing {
 class DesktopProcess {
  public:
   DesktopProcess(const std::vector<std::string>& command, const std::vector<std::string>& environment,
-                 std::optional<int> standardOutput = std::nullopt);
+                 std::optional<int> standardOutput = std::nullopt, std::optional<int> standardInput = std::nullopt);
   ~DesktopProcess();
   DesktopProcess(const DesktopProcess&) = delete;
   DesktopProcess& operator=(const DesktopProcess&) = delete;

@@ -284,9 +284,11 @@ Value AtspiAttributes::modal(const AtspiReference& reference) {
 }
 
 Value AtspiAttributes::enabled(const AtspiReference& reference) {
-  const auto states = *reading_.read(reference, fact::states).states;
+  const auto states = *reading_.read(reference, fact::states | fact::toolkit).states;
   if (!states) return std::unexpected(states.error());
-  return has(*states, AtspiState::enabled) && has(*states, AtspiState::sensitive);
+  if (!has(*states, AtspiState::sensitive)) return false;
+  // GTK 4 knows one of the two states only.
+  return has(*states, AtspiState::enabled) || reading_.toolkitOf(reference) == Toolkit::gtk4;
 }
 
 Value AtspiAttributes::children(const AtspiReference& reference) {
@@ -333,9 +335,11 @@ Value AtspiAttributes::frame(const AtspiReference& reference, AXAttribute attrib
 }
 
 Value AtspiAttributes::defaultButton(const AtspiReference& reference) {
+  // GTK 4 does not tell its default button, but Return presses the one that has the focus, as in other toolkits.
+  const AtspiState sign = reading_.toolkitOf(reference) == Toolkit::gtk4 ? AtspiState::focused : AtspiState::isDefault;
   for (const AtspiReference& element : reading_.walk(reference, limits::refindDescendants, fact::role | fact::states)) {
     const AtspiFacts& facts = reading_.read(element, fact::role | fact::states);
-    if (!*facts.role || !*facts.states || !has(**facts.states, AtspiState::isDefault)) continue;
+    if (!*facts.role || !*facts.states || !has(**facts.states, sign)) continue;
     if (roleInfo(**facts.role).nature == AtspiNature::button) return elementOf(element);
   }
   return noValue;
