@@ -33,7 +33,8 @@ class SyntheticEvent {
   /// the mouse, when that process does not own the topmost window at the point; for keys (Linux), when it does not own
   /// the focused window.
   virtual void postToProcess(std::int32_t processIdentifier) = 0;
-  /// Delivers the event as if the hardware had made it.
+  /// Delivers the event as if the hardware had made it; a backend that sees that it would go astray (Linux: another
+  /// program holds the device, or the owner a modifier) delivers none.
   virtual void postGlobally() = 0;
 };
 

@@ -196,6 +196,32 @@ TEST_F(X11InputTest, postsGloballyAsTheHardwareWould) {
   EXPECT_EQ(client_.awaitInput(2).size(), 2U);
 }
 
+TEST_F(X11InputTest, refusesGlobalInputThatWouldGoAstray) {
+  const XWindow own = ownActiveWindow();
+  const auto postEverything = [&] {
+    input_->createKeyEvent({KeyCode::space, true})->postGlobally();
+    input_->createKeyEvent({KeyCode::space, false})->postGlobally();
+    const AXPoint point{own.clientFrame.x + 7, own.clientFrame.y + 9};
+    input_->createMouseEvent({MouseEventKind::leftDown, point})->postGlobally();
+    input_->createMouseEvent({MouseEventKind::leftUp, point})->postGlobally();
+  };
+  X11TestClient menu(session_.display());
+  const auto bubble = menu.open({.isUnmanaged = true});
+  menu.grabKeyboard(bubble);
+  menu.grabPointer(bubble);
+  postEverything();
+  menu.synchronize();
+  EXPECT_THAT(menu.takeInput(), IsEmpty());
+  menu.releaseGrabs();
+  client_.fakeKey(shiftSymbol, true);
+  EXPECT_THAT(client_.awaitInput(1), ElementsAre("key press")) << "the modifier itself";
+  postEverything();
+  client_.fakeKey(shiftSymbol, false);
+  EXPECT_THAT(client_.awaitInput(1), ElementsAre("key release"));
+  postEverything();
+  EXPECT_EQ(client_.awaitInput(4).size(), 4U);
+}
+
 TEST_F(X11InputTest, postsAnEventOnce) {
   (void)ownActiveWindow();
   const auto down = input_->createKeyEvent({KeyCode::space, true});

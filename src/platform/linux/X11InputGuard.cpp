@@ -23,13 +23,12 @@ X11InputGuard::X11InputGuard(std::shared_ptr<X11Desktop> desktop, const X11Conne
 
 bool X11InputGuard::keysReach(std::int32_t processIdentifier) const {
   const auto active = desktop_->activeWindow();
-  return active && active->processIdentifier == processIdentifier && hasInputFocus(active->id) && isKeyboardFree() &&
-         !isAnyModifierOrButtonDown();
+  return active && active->processIdentifier == processIdentifier && hasInputFocus(active->id) && areKeysFree();
 }
 
 bool X11InputGuard::mouseReaches(std::int32_t processIdentifier, AXPoint point) const {
   const auto top = desktop_->topWindowAt(point);
-  return top && top->processIdentifier == processIdentifier && isPointerFree() && !isAnyModifierOrButtonDown();
+  return top && top->processIdentifier == processIdentifier && isMouseFree();
 }
 
 /// The focus may lie on the window itself or on one inside it, as toolkits do it.

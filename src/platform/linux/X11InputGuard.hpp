@@ -19,6 +19,10 @@ class X11InputGuard {
   [[nodiscard]] bool keysReach(std::int32_t processIdentifier) const;
   /// The topmost window at the point is of that process, nobody holds the pointer, and no modifier or button is down.
   [[nodiscard]] bool mouseReaches(std::int32_t processIdentifier, AXPoint point) const;
+  /// Nobody holds the keyboard and no modifier is down: keys are what they say, for the window with the focus.
+  [[nodiscard]] bool areKeysFree() const { return isKeyboardFree() && !isAnyModifierOrButtonDown(); }
+  /// Nobody holds the pointer and no modifier or button is down: a click is a plain one, for the window below it.
+  [[nodiscard]] bool isMouseFree() const { return isPointerFree() && !isAnyModifierOrButtonDown(); }
 
  private:
   [[nodiscard]] bool hasInputFocus(XWindowID window) const;

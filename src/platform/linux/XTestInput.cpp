@@ -159,7 +159,8 @@ class PostedOnce : public SyntheticEvent {
       if (isRelease(event_) || reaches(*device, processIdentifier, event_)) deliver(*device, event_);
   }
   void postGlobally() override {
-    if (const auto device = taken()) deliver(*device, event_);
+    if (const auto device = taken())
+      if (isRelease(event_) || isFree(*device, event_)) deliver(*device, event_);
   }
 
  private:
@@ -173,6 +174,9 @@ class PostedOnce : public SyntheticEvent {
   static bool reaches(const Device& device, std::int32_t process, const MouseEvent& event) {
     return device.guard().mouseReaches(process, event.position);
   }
+
+  static bool isFree(const Device& device, const KeyEvent&) { return device.guard().areKeysFree(); }
+  static bool isFree(const Device& device, const MouseEvent&) { return device.guard().isMouseFree(); }
 
   void deliver(Device& device, const KeyEvent& event) {
     event.isDown ? device.press(event.key, number_) : device.release(event.key);
