@@ -83,5 +83,47 @@ TEST(AtspiWindowMatcher, eachWindowOfTheServerIsUsedOnce) {
             (Matches{0, std::nullopt}));
 }
 
+TEST(AtspiWindowMatcher, ofWindowsThatLookAlikeTheOlderGetsTheOlder) {
+  const std::vector<XWindow> screen = {screenWindow(8, "Same", {150, 150, 400, 300}),
+                                       screenWindow(7, "Same", {100, 100, 400, 300})};
+  const std::vector<AtspiWindowTraits> windows = {traits("Same", AtspiExtents{0, 0, 400, 300}),
+                                                  traits("Same", AtspiExtents{0, 0, 400, 300})};
+  EXPECT_EQ(matchedWindows(windows, screen, std::nullopt), (Matches{1, 0}));
+}
+
+std::vector<bool> certain(const std::vector<AtspiWindowTraits>& windows, const std::vector<XWindow>& screen,
+                          std::optional<XWindowID> active = std::nullopt) {
+  return certainMatches(windows, screen, active, matchedWindows(windows, screen, active));
+}
+
+TEST(AtspiWindowMatcher, isCertainOfWindowsThatDiffer) {
+  const std::vector<XWindow> screen = {screenWindow(1, "Same", {100, 100, 400, 300}),
+                                       screenWindow(2, "Same", {150, 150, 200, 100})};
+  EXPECT_EQ(
+      certain({traits("Same", AtspiExtents{0, 0, 200, 100}), traits("Same", AtspiExtents{0, 0, 400, 300})}, screen),
+      (std::vector{true, true}));
+  EXPECT_EQ(certain({traits("Other", std::nullopt)}, {screen.front()}), (std::vector{true}));
+}
+
+TEST(AtspiWindowMatcher, isNotCertainOfWindowsThatLookAlike) {
+  const std::vector<XWindow> screen = {screenWindow(1, "Same", {100, 100, 400, 300}),
+                                       screenWindow(2, "Same", {150, 150, 400, 300}),
+                                       screenWindow(3, "Other", {0, 0, 40, 30})};
+  const auto same = traits("Same", AtspiExtents{0, 0, 400, 300});
+  EXPECT_EQ(certain({same, traits("Other", AtspiExtents{0, 0, 40, 30}), same}, screen),
+            (std::vector{false, true, false}));
+  // One that accessibility does not know may be meant too, and one that the screen does not.
+  EXPECT_EQ(certain({same}, {screen[0], screen[1]}), (std::vector{false}));
+  EXPECT_EQ(certain({same, same}, {screen[0]}), (std::vector{false, false}));
+}
+
+TEST(AtspiWindowMatcher, theActiveOfTwoThatLookAlikeInOnePlaceIsCertain) {
+  const std::vector<XWindow> screen = {screenWindow(1, "Same", {100, 100, 400, 300}),
+                                       screenWindow(2, "Same", {100, 100, 400, 300})};
+  auto active = traits("Same", AtspiExtents{100, 100, 400, 300});
+  active.isActive = true;
+  EXPECT_EQ(certain({traits("Same", AtspiExtents{100, 100, 400, 300}), active}, screen, 2), (std::vector{true, true}));
+}
+
 }  // namespace
 }  // namespace tallyfox::linux_os

@@ -162,8 +162,9 @@ std::optional<AtspiWindow> AtspiAttributes::activeWindow(std::optional<std::int3
   if (processIdentifier && window->processIdentifier != processIdentifier) return std::nullopt;
   const auto windows = reading_.windowsOf(*window->processIdentifier);
   if (!windows) return std::nullopt;
+  // In doubt it is none of them: keys would go to whichever really has the focus.
   for (const AtspiWindow& candidate : *windows) {
-    if (candidate.screenWindow && candidate.screenWindow->id == *active) return candidate;
+    if (candidate.isScreenWindowCertain && candidate.screenWindow->id == *active) return candidate;
   }
   return std::nullopt;
 }

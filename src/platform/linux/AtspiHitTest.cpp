@@ -18,8 +18,9 @@ std::optional<AtspiWindow> topWindowAt(AXPoint point, AtspiReading& reading) {
   if (!top || !top->processIdentifier) return std::nullopt;
   const auto windows = reading.windowsOf(*top->processIdentifier);
   if (!windows) return std::nullopt;
+  // In doubt it is none of them: a click would go to whichever is really there.
   for (const AtspiWindow& window : *windows) {
-    if (window.screenWindow && window.screenWindow->id == top->id) return window;
+    if (window.isScreenWindowCertain && window.screenWindow->id == top->id) return window;
   }
   return std::nullopt;
 }

@@ -355,12 +355,14 @@ std::vector<AtspiWindow> AtspiReading::matchedWindowsOf(std::int32_t processIden
   std::vector<XWindow> screenWindows = screen().windows;
   std::erase_if(screenWindows, [=](const XWindow& window) { return window.processIdentifier != processIdentifier; });
   const auto matches = matchedWindows(traits, screenWindows, screen().active);
+  const auto areCertain = certainMatches(traits, screenWindows, screen().active, matches);
 
   std::vector<AtspiWindow> found;
   for (std::size_t index = 0; index < windows.size(); ++index) {
     const AtspiStates states = **known(windows[index]).states;
     AtspiWindow window{.reference = windows[index], .states = states, .screenWindow = std::nullopt};
     if (matches[index]) window.screenWindow = screenWindows[*matches[index]];
+    window.isScreenWindowCertain = areCertain[index];
     // A window that is visible but not shown is minimised when the window manager has it, and none when it has not.
     if (window.screenWindow || isShown(windows[index], states)) found.push_back(std::move(window));
   }

@@ -25,6 +25,8 @@ struct AtspiWindow {
   AtspiReference reference;
   AtspiStates states = 0;
   std::optional<XWindow> screenWindow;
+  /// False when the X window may as well be that of another window which looks like this one.
+  bool isScreenWindowCertain = false;
 };
 
 /// Calls that belong together; `onDone` runs when the last of them was answered.

@@ -67,7 +67,10 @@ std::vector<std::optional<std::size_t>> matchedWindows(const std::vector<AtspiWi
       if (points >= leastScore) pairs.push_back({.score = points, .window = window, .screen = screen});
     }
   }
-  std::ranges::sort(pairs, {}, [](const Pair& pair) { return std::tuple(-pair.score, pair.window, pair.screen); });
+  // Programs number their windows, and name them to accessibility, in the order in which they open them.
+  std::ranges::sort(pairs, {}, [&screenWindows](const Pair& pair) {
+    return std::tuple(-pair.score, pair.window, screenWindows[pair.screen].id);
+  });
   for (const Pair& pair : pairs) {
     if (matches[pair.window] || isUsed[pair.screen]) continue;
     matches[pair.window] = pair.screen;
@@ -79,6 +82,31 @@ std::vector<std::optional<std::size_t>> matchedWindows(const std::vector<AtspiWi
         static_cast<std::size_t>(std::ranges::find(isUsed, false) - isUsed.begin());
   }
   return matches;
+}
+
+std::vector<bool> certainMatches(const std::vector<AtspiWindowTraits>& windows,
+                                 const std::vector<XWindow>& screenWindows, std::optional<XWindowID> activeWindow,
+                                 const std::vector<std::optional<std::size_t>>& matches) {
+  const auto fit = [&](std::size_t window, std::optional<std::size_t> screen) {
+    return screen ? score(windows[window], screenWindows[*screen], activeWindow) : 0;
+  };
+  std::vector<bool> isUsed(screenWindows.size());
+  for (const auto& match : matches)
+    if (match) isUsed[*match] = true;
+  std::vector<bool> certain(matches.size());
+  for (std::size_t window = 0; window < windows.size(); ++window) {
+    if (!matches[window]) continue;
+    bool isBest = true;
+    for (std::size_t other = 0; other < windows.size(); ++other) {
+      if (other == window) continue;
+      const int asTheyAre = fit(window, matches[window]) + fit(other, matches[other]);
+      isBest &= fit(window, matches[other]) + fit(other, matches[window]) < asTheyAre;
+    }
+    for (std::size_t screen = 0; screen < screenWindows.size(); ++screen)
+      isBest &= isUsed[screen] || fit(window, screen) < fit(window, matches[window]);
+    certain[window] = isBest;
+  }
+  return certain;
 }
 
 }  // namespace tallyfox::linux_os
