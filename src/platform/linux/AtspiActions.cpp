@@ -69,7 +69,16 @@ AtspiActions::Outcome AtspiActions::perform(const AtspiElement& element, std::st
   return unsupported;
 }
 
+bool AtspiActions::isBlocked(const AtspiReference& reference) {
+  const auto around = reading_.windowAround(reference);
+  if (!around || !around->isScreenWindowCertain) return false;
+  return std::ranges::any_of(reading_.screen().windows, [&around](const XWindow& window) {
+    return window.isModal && window.isMapped && window.transientFor == around->screenWindow->id;
+  });
+}
+
 AtspiActions::Outcome AtspiActions::press(const AtspiReference& reference) {
+  if (isBlocked(reference)) return std::unexpected(AXError::cannotComplete);
   const auto index = pressIndex(reference);
   if (!index) return std::unexpected(index.error());
   const auto isTaken = answerOf({reference, actionInterface, "DoAction", {*index}});

@@ -29,7 +29,10 @@ class AtspiActions {
   /// The place of the action that presses, among an object's actions.
   [[nodiscard]] std::expected<std::int32_t, AXError> pressIndex(const AtspiReference& reference);
   [[nodiscard]] std::expected<bool, AXError> answerOf(AtspiCall call);
+  /// Not in a window that waits for an answer to a modal dialog of its own: what nobody could click, because the press
+  /// that opened the dialog is still under way, is not pressed a second time.
   Outcome press(const AtspiReference& reference);
+  [[nodiscard]] bool isBlocked(const AtspiReference& reference);
   Outcome activate(const AtspiReference& windowOrPart);
   Outcome activateApplication(std::int32_t processIdentifier);
   Outcome grabFocus(const AtspiReference& reference);
