@@ -51,12 +51,14 @@ class AccessibilityFixture : public ::testing::Test {
   /// window manager placed it and gave it the focus; a failure when none comes up.
   [[nodiscard]] std::optional<AXUIElement> windowOf(const DesktopProcess& process) {
     std::optional<AXUIElement> window;
-    const bool isUp = DesktopSession::waitUntil([&] {
-      const auto windows = helpers.windows(accessibility.applicationElement(process.pid()));
-      if (windows.empty() || buttonsOf(windows.front()).empty() || !hasFocus(process.pid())) return false;
-      window = windows.front();
-      return true;
-    });
+    const bool isUp = DesktopSession::waitUntil(
+        [&] {
+          const auto windows = helpers.windows(accessibility.applicationElement(process.pid()));
+          if (windows.empty() || buttonsOf(windows.front()).empty() || !hasFocus(process.pid())) return false;
+          window = windows.front();
+          return true;
+        },
+        Seconds(25));
     EXPECT_TRUE(isUp) << "no window of process " << process.pid();
     return window;
   }

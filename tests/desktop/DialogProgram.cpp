@@ -66,7 +66,9 @@ DialogProgram::DialogProgram(const DesktopSession& session, DialogToolkit toolki
   commands_.descriptor = input[1];
   output_.descriptor = output[0];
   fcntl(output_.descriptor, F_SETFL, O_NONBLOCK);
-  process_ = std::make_unique<DesktopProcess>(command, session.environment(), output[1], input[0]);
+  std::vector<std::string> environment = session.environment();
+  environment.emplace_back("GSK_RENDERER=cairo");  // GTK 4 would start a renderer for 3D, in software
+  process_ = std::make_unique<DesktopProcess>(command, environment, output[1], input[0]);
   close(input[0]);
   close(output[1]);
 }

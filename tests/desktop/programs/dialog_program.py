@@ -15,8 +15,8 @@ The default button has the focus at first, else the leftmost.
 
 Kinds: press is an ordinary button; space, return, mouse and nothing obey that alone and have an action that says yes
 and does nothing; area obeys the mouse and has no action. Obeying a press, late closes half a second afterwards, disable
-greys itself, relabel calls itself Retry, nest asks back in a modal dialog before it closes, stop stops the process
-first, crash ends it.
+greys itself, relabel calls itself Retry, nest asks back in a modal dialog before it closes, alike does so in one with
+the same title and size, stop stops the process first, crash ends it.
 
 Commands on standard input, one a line: "disable LABEL", "close" (the first dialog), "text NEW TEXT", "twin" (opens the
 same dialog again), and "replace TEXT|LABEL=KIND|..." (closes the first and opens another with the same title)."""
@@ -29,7 +29,8 @@ from gi.repository import GLib
 
 OBEYED = {"space": "space", "return": "return", "mouse": "mouse", "area": "mouse", "nothing": None}
 FIRST_STATUS = 10
-NEST_TEXT = "Really erase it?"
+NEST_TITLE = "Really?"
+NEST_TEXT = "Are you sure that you really want to erase it?"
 
 
 def say(line):
@@ -37,7 +38,7 @@ def say(line):
 
 
 class Program:
-    """Runs the dialogs. `toolkit` has open(self, number, title, text, buttons, default), which gives a dialog with
+    """Runs the dialogs. `toolkit` has open(self, number, title, text, buttons, default, parent), which gives a dialog with
     close(), set_text(text), disable(label), relabel(old, new) and run(), and calls hit() for what it gets."""
 
     def __init__(self, toolkit):
@@ -57,9 +58,9 @@ class Program:
         self.loop.run()
         return self.status
 
-    def open(self, text, buttons):
+    def open(self, text, buttons, title=None, parent=None):
         self.opened += 1
-        dialog = self.toolkit.open(self, self.opened, self.title, text, buttons, self.default)
+        dialog = self.toolkit.open(self, self.opened, title or self.title, text, buttons, self.default, parent)
         self.dialogs.append(dialog)
         return dialog
 
@@ -87,10 +88,13 @@ class Program:
     def obey_relabel(self, dialog, label):
         dialog.relabel(label, "Retry")
 
-    def obey_nest(self, dialog, label):
-        nested = self.open(NEST_TEXT, [("No", "press"), ("Yes", "press")])
+    def obey_nest(self, dialog, label, title=NEST_TITLE):
+        nested = self.open(NEST_TEXT, [("No", "press"), ("Yes", "press")], title, dialog)
         nested.run()
         self.finish(dialog, label)
+
+    def obey_alike(self, dialog, label):
+        self.obey_nest(dialog, label, self.title)
 
     def obey_stop(self, dialog, label):
         os.kill(os.getpid(), signal.SIGSTOP)

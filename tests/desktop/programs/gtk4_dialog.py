@@ -15,10 +15,11 @@ KEYS = {Gdk.KEY_space: "space", Gdk.KEY_Return: "return"}
 
 
 class Dialog:
-    def __init__(self, program, number, title, text, buttons, default):
+    def __init__(self, program, number, title, text, buttons, default, parent):
         self.program, self.number, self.buttons = program, number, buttons
         self.nested_loop = None
         self.window = Gtk.Dialog(title=title, modal=True)
+        self.window.set_transient_for(parent and parent.window)
         self.window.set_default_size(420, 160)
         self.text = Gtk.Label(label=text, vexpand=True)
         row = Gtk.Box(spacing=30, margin_start=20, margin_end=20, margin_top=20, margin_bottom=20)

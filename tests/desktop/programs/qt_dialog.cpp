@@ -77,8 +77,8 @@ class Dialog : public QDialog {
   using OnHit = std::function<void(Dialog& dialog, const ButtonPlan& button, const QString& how)>;
 
   Dialog(int number, const QString& title, const QString& text, const QList<ButtonPlan>& buttons,
-         const QString& defaultLabel, const OnHit& onHit)
-      : number_(number), buttons_(buttons) {
+         const QString& defaultLabel, const OnHit& onHit, QWidget* parent)
+      : QDialog(parent), number_(number), buttons_(buttons) {
     setWindowTitle(title);
     setModal(true);
     resize(420, 160);
@@ -148,11 +148,16 @@ class Program {
  private:
   static ButtonPlan planOf(const QString& word) { return {word.section('=', 0, 0), word.section('=', 1)}; }
 
-  Dialog& open(const QString& text, const QList<ButtonPlan>& buttons) {
-    dialogs_.push_back(std::make_unique<Dialog>(
-        ++opened_, title_, text, buttons, default_,
-        [this](Dialog& dialog, const ButtonPlan& button, const QString& how) { onHit(dialog, button, how); }));
+  Dialog& open(const QString& text, const QList<ButtonPlan>& buttons) { return open(text, buttons, title_, nullptr); }
+  Dialog& open(const QString& text, const QList<ButtonPlan>& buttons, const QString& title, QWidget* parent) {
+    const auto onHitOf = [this](Dialog& dialog, const ButtonPlan& button, const QString& how) {
+      onHit(dialog, button, how);
+    };
+    dialogs_.push_back(std::make_unique<Dialog>(++opened_, title, text, buttons, default_, onHitOf, parent));
     return *dialogs_.back();
+  }
+  void askBack(const QString& title, Dialog& parent) {
+    open("Are you sure that you really want to erase it?", {{"No", "press"}, {"Yes", "press"}}, title, &parent).exec();
   }
 
   void onHit(Dialog& dialog, const ButtonPlan& button, const QString& how) {
@@ -166,7 +171,8 @@ class Program {
     if (button.kind == "late")
       return QTimer::singleShot(500, [this, number, label = button.label] { finish(number, label); });
     if (button.kind == "stop") kill(getpid(), SIGSTOP);
-    if (button.kind == "nest") open("Really erase it?", {{"No", "press"}, {"Yes", "press"}}).exec();
+    if (button.kind == "nest") askBack("Really?", dialog);
+    if (button.kind == "alike") askBack(title_, dialog);
     finish(number, button.label);
   }
 
