@@ -6,9 +6,12 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <set>
 
+#include "desktop/BusMonitor.hpp"
 #include "desktop/X11EventLoop.hpp"
 #include "platform/linux/LinuxAccessibilityObservers.hpp"
+#include "platform/linux/SessionStatus.hpp"
 
 namespace tallyfox::testing {
 namespace {
@@ -108,9 +111,33 @@ TEST_F(AtspiEventSourceTest, aProgramThatHangsDelaysNobody) {
   hung->setStopped(false);
 }
 
+TEST_F(AtspiEventSourceTest, tellsWhenASilentProgramAnswersAgain) {
+  watch();
+  const auto program = question();
+  ASSERT_TRUE(knows(*program));
+  auto bus = linux_os::SessionStatus(session_.sessionBusAddress()).accessibilityBusAddress();
+  ASSERT_TRUE(bus);
+  const std::set<std::string> names = BusMonitor(*bus).namesOf(program->pid());
+  program->setStopped(true);
+  for (int times = 0; times < 3; ++times) {
+    loop_.sync([&] {
+      for (const std::string& name : names)
+        source_->awaitAnswer(name);
+      source_->awaitAnswer(":99.99");
+    });
+  }
+  const AtspiChange answered{.kind = AtspiChangeKind::programAnswered, .processIdentifier = program->pid()};
+  EXPECT_FALSE(told_.has(answered));
+  program->setStopped(false);
+  EXPECT_TRUE(told_.gets(answered));
+  const auto entries = told_.entries();
+  EXPECT_EQ(std::ranges::count(entries, answered), 1);
+}
+
 TEST(AtspiChange, isNamedInTheLanguageOfAccessibility) {
   using linux_os::notificationsFor;
   EXPECT_THAT(notificationsFor(AtspiChangeKind::programRegistered), ElementsAre("AXWindowCreated"));
+  EXPECT_THAT(notificationsFor(AtspiChangeKind::programAnswered), ElementsAre("AXWindowCreated"));
   EXPECT_THAT(notificationsFor(AtspiChangeKind::windowsChanged), ElementsAre("AXWindowCreated"));
   EXPECT_THAT(notificationsFor(AtspiChangeKind::focusMoved), ElementsAre("AXFocusedWindowChanged"));
 }

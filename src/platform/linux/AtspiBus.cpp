@@ -224,6 +224,7 @@ std::chrono::microseconds AtspiBus::refuseHung() {
 void AtspiBus::noteTimeout(const std::string& busName, Peer& peer) {
   peer.retryAt = Clock::now() + pauseAfterTimeouts(++peer.timeoutsInARow);
   probe(busName, peer);
+  if (onSilence_) onSilence_(busName);
 }
 
 void AtspiBus::retry(const std::string& busName) {

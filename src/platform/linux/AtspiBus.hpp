@@ -71,6 +71,8 @@ class AtspiBus {
   void setTimeoutOfAll(std::optional<std::chrono::microseconds> timeout) { timeoutOfAll_ = timeout; }
   /// Gives a peer that is held to be hung another chance: it was heard of.
   void retry(const std::string& busName);
+  /// Told of each peer that let a call pass its time-out.
+  void setOnSilence(std::function<void(const std::string& busName)> onSilence) { onSilence_ = std::move(onSilence); }
   /// Takes in what arrived meanwhile, such as the answer of a peer that was hung, without waiting. Not inside `run`.
   void catchUp();
 
@@ -106,6 +108,7 @@ class AtspiBus {
   std::unordered_map<std::string, std::chrono::microseconds> timeouts_;  ///< where they are not the initial one
   std::optional<std::chrono::microseconds> timeoutOfAll_;
   std::deque<std::pair<Handler, AXError>> refused_;
+  std::function<void(const std::string&)> onSilence_;
   std::size_t unanswered_ = 0;
 };
 

@@ -53,6 +53,7 @@ struct AtspiEventSource::Program {
   std::string busName;
   bool isNew = false;  ///< it came while we watched
   std::int32_t processIdentifier = 0;
+  bool isAwaited = false;
   std::vector<SdBusSlotHandle> slots;
 };
 
@@ -133,7 +134,8 @@ void AtspiEventSource::onRegistration(sd_bus_message* signal) {
 void AtspiEventSource::meet(const std::string& busName, bool isNew) {
   if (programs_.contains(busName) || programs_.size() >= mostPrograms) return;
   Program& program =
-      *programs_.emplace(busName, std::make_unique<Program>(Program{*this, busName, isNew, 0, {}})).first->second;
+      *programs_.emplace(busName, std::make_unique<Program>(Program{*this, busName, isNew, 0, false, {}}))
+           .first->second;
   const auto process = call(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                             "GetConnectionUnixProcessID");
   if (!process || sd_bus_message_append(process.get(), "s", busName.c_str()) < 0) return;
@@ -189,6 +191,21 @@ void AtspiEventSource::onWindows(Program& program, sd_bus_message* /*signal*/) {
 
 void AtspiEventSource::onFocus(Program& program, sd_bus_message* /*signal*/) {
   tell(program, AtspiChangeKind::focusMoved);
+}
+
+void AtspiEventSource::awaitAnswer(const std::string& busName) {
+  const auto known = programs_.find(busName);
+  if (known == programs_.end() || known->second->isAwaited) return;
+  const auto ping = call(bus_.get(), busName.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
+  if (!ping) return;
+  known->second->isAwaited = true;
+  ask<&AtspiEventSource::onAnswer>(*known->second, ping.get());
+  sd_bus_flush(bus_.get());
+}
+
+void AtspiEventSource::onAnswer(Program& program, sd_bus_message* /*reply*/) {
+  program.isAwaited = false;
+  tell(program, AtspiChangeKind::programAnswered);
 }
 
 void AtspiEventSource::tell(const Program& program, AtspiChangeKind kind) {

@@ -19,6 +19,7 @@ namespace tallyfox::linux_os {
 
 enum class AtspiChangeKind {
   programRegistered,  ///< it can be read from now on
+  programAnswered,    ///< after having been silent
   windowsChanged,     ///< of a browser
   focusMoved,         ///< within a browser: its questions are no windows, but take the focus
 };
@@ -46,6 +47,8 @@ class AtspiEventSource {
   [[nodiscard]] std::unique_ptr<Subscription> subscribe(std::function<void(const AtspiChange&)> onChange) {
     return subscribers_.add(std::move(onChange));
   }
+  /// Tells once when this program, which let a question pass, answers again. Programs that are not known are left out.
+  void awaitAnswer(const std::string& busName);
   /// The processes with an open tree. From any thread.
   [[nodiscard]] std::vector<std::int32_t> programs() const;
 
@@ -64,6 +67,7 @@ class AtspiEventSource {
   void listenTo(Program& program);
   void onWindows(Program& program, sd_bus_message* signal);
   void onFocus(Program& program, sd_bus_message* signal);
+  void onAnswer(Program& program, sd_bus_message* reply);
   void tell(const Program& program, AtspiChangeKind kind);
 
   template <Handler handler>

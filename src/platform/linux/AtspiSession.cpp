@@ -16,8 +16,11 @@ constexpr std::size_t rememberedDialogs = 512;
 }  // namespace
 
 AtspiSession::AtspiSession(std::shared_ptr<X11Desktop> desktop, std::shared_ptr<const SignsOfLife> signs,
-                           std::string sessionBusAddress)
-    : desktop_(std::move(desktop)), signs_(std::move(signs)), status_(std::move(sessionBusAddress)) {}
+                           std::function<void(const std::string&)> onSilence, std::string sessionBusAddress)
+    : desktop_(std::move(desktop)),
+      signs_(std::move(signs)),
+      onSilence_(std::move(onSilence)),
+      status_(std::move(sessionBusAddress)) {}
 
 AtspiSession::~AtspiSession() = default;
 
@@ -32,6 +35,7 @@ AtspiBus* AtspiSession::bus() {
   auto bus = AtspiBus::connect(*address);
   if (!bus) return nullptr;
   bus_ = std::move(*bus);
+  bus_->setOnSilence(onSilence_);
   return bus_.get();
 }
 

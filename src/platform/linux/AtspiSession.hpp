@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,8 +26,9 @@ class AtspiReading;
 class AtspiSession {
  public:
   /// `desktop` may be missing (no X display): then no window has a place on the screen.
+  /// `onSilence` is told the bus name of each program that let a question pass.
   AtspiSession(std::shared_ptr<X11Desktop> desktop, std::shared_ptr<const SignsOfLife> signs,
-               std::string sessionBusAddress);
+               std::function<void(const std::string&)> onSilence, std::string sessionBusAddress);
   ~AtspiSession();
 
   /// The accessibility bus, connected anew when it was lost. No pointer without one.
@@ -70,6 +72,7 @@ class AtspiSession {
   std::shared_ptr<X11Desktop> desktop_;
   std::shared_ptr<const SignsOfLife> signs_;
   std::uint64_t signsSeen_ = 0;
+  std::function<void(const std::string&)> onSilence_;
   SessionStatus status_;
   std::unique_ptr<AtspiBus> bus_;
   RegistryDirectory directory_;

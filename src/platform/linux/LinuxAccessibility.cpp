@@ -58,18 +58,17 @@ class SystemWideTimeout {
 
 /// What all threads have in common. Read scopes keep it alive.
 struct LinuxAccessibility::Shared {
-  Shared(std::shared_ptr<X11Desktop> ofDesktop, Console& onConsole, std::string busAddress,
-         std::unique_ptr<UnseenWindows> reportUnseen)
+  Shared(std::shared_ptr<X11Desktop> ofDesktop, Console& onConsole, std::string busAddress, Reports wanted)
       : desktop(std::move(ofDesktop)),
         console(onConsole),
         sessionBusAddress(std::move(busAddress)),
-        unseenWindows(std::move(reportUnseen)) {}
+        reports(std::move(wanted)) {}
 
   /// The calling thread's own. A thread that takes over the number of one that ended takes over its session.
   AtspiSession& session() {
     const std::scoped_lock lock(mutex);
     auto& session = sessions[std::this_thread::get_id()];
-    if (!session) session = std::make_unique<AtspiSession>(desktop, signs, sessionBusAddress);
+    if (!session) session = std::make_unique<AtspiSession>(desktop, signs, reports.onSilence, sessionBusAddress);
     return *session;
   }
 
@@ -83,7 +82,7 @@ struct LinuxAccessibility::Shared {
   std::shared_ptr<X11Desktop> desktop;
   Console& console;
   std::string sessionBusAddress;
-  std::unique_ptr<UnseenWindows> unseenWindows;
+  Reports reports;
   std::shared_ptr<SignsOfLife> signs = std::make_shared<SignsOfLife>();
   std::mutex mutex;
   std::map<std::thread::id, std::unique_ptr<AtspiSession>> sessions;
@@ -175,9 +174,9 @@ class ReadScope final : public AXReadScope {
 }  // namespace
 
 LinuxAccessibility::LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console,
-                                       std::string sessionBusAddress, std::unique_ptr<UnseenWindows> unseenWindows)
-    : shared_(std::make_shared<Shared>(std::move(desktop), console, std::move(sessionBusAddress),
-                                       std::move(unseenWindows))) {}
+                                       std::string sessionBusAddress, Reports reports)
+    : shared_(std::make_shared<Shared>(std::move(desktop), console, std::move(sessionBusAddress), std::move(reports))) {
+}
 
 LinuxAccessibility::~LinuxAccessibility() = default;
 
@@ -221,7 +220,7 @@ std::expected<AXUIElement, AXError> LinuxAccessibility::elementAtPosition(AXPoin
 }
 
 std::unique_ptr<AXReadScope> LinuxAccessibility::willRead(const AXReadPlan& plan) {
-  return std::make_unique<ReadScope>(shared_, shared_->session(), shared_->unseenWindows.get(), plan);
+  return std::make_unique<ReadScope>(shared_, shared_->session(), shared_->reports.unseenWindows.get(), plan);
 }
 
 std::expected<AXValue, AXError> LinuxAccessibility::copyAttribute(const AXUIElement& element, AXAttribute attribute) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -16,11 +17,18 @@ namespace tallyfox::linux_os {
 /// calls gets private bus connections of its own.
 class LinuxAccessibility : public Accessibility, public AccessibilityElements {
  public:
+  /// What others want to know of the programs here. Each may be missing.
+  struct Reports {
+    std::unique_ptr<UnseenWindows> unseenWindows;
+    /// The bus name of a program that let a question pass its time-out. From any thread.
+    std::function<void(const std::string& busName)> onSilence;
+  };
+
   /// Connects lazily: without a session or accessibility bus nothing is trusted, and the reason is printed once, again
   /// after each change. `desktop` may be missing where there is no X display. The session bus is the user's when no
-  /// address is given. `unseenWindows` is told of windows that their programs do not open up.
+  /// address is given.
   LinuxAccessibility(std::shared_ptr<X11Desktop> desktop, Console& console, std::string sessionBusAddress = {},
-                     std::unique_ptr<UnseenWindows> unseenWindows = nullptr);
+                     Reports reports = {});
   ~LinuxAccessibility() override;
 
   /// A program that was held to be hung is asked again: it has shown a sign of life.

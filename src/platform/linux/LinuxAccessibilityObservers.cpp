@@ -59,6 +59,7 @@ std::vector<std::string> notificationsFor(X11ChangeKind kind) {
 std::vector<std::string> notificationsFor(AtspiChangeKind kind) {
   switch (kind) {
     case AtspiChangeKind::programRegistered:
+    case AtspiChangeKind::programAnswered:
     case AtspiChangeKind::windowsChanged:
       return {"AXWindowCreated"};
     case AtspiChangeKind::focusMoved:

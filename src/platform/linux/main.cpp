@@ -87,7 +87,12 @@ struct Desktop {
         events(display, services.mainLoop, services.mainLoop),
         contentEvents("", services.mainLoop),
         trustChanges("", services.mainLoop),
-        accessibility(x11, services.console, "", unseenWindowsOf(services)),
+        accessibility(x11, services.console, "",
+                      {.unseenWindows = unseenWindowsOf(services),
+                       .onSilence =
+                           [this, &mainQueue = services.mainLoop](const std::string& busName) {
+                             mainQueue.post([this, busName] { contentEvents.awaitAnswer(busName); });
+                           }}),
         observers(events, contentEvents,
                   [this](std::function<void()> onChange) { return trustChanges.subscribe(std::move(onChange)); }),
         applications({x11, events, services.mainLoop, services.directories.dataDirectories,
