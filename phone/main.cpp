@@ -63,7 +63,7 @@ int run(const PhoneOptions& options) {
   }
   PhoneStore store(linux_os::UserDirectories::from(environment).dataHome);
   linux_os::MainEventLoop loop;
-  linux_os::NetworkThread network;
+  linux_os::NetworkThread network(linux_os::ProxySettings::from(environment));
   linux_os::BeastWebSocketTransport transport(network);
   int status = exit_status::error;
   const auto finish = [&](int exitStatus) {

@@ -113,14 +113,15 @@ class RefusingPort {
   Tcp::socket socket_;
 };
 
-/// Reads until the head of a request is complete, and drops the connection's bytes so far.
-inline void readHead(Tcp::socket& socket) {
+/// Reads until the head of a request is complete, and gives the connection's bytes so far.
+inline std::string readHead(Tcp::socket& socket) {
   std::string text;
   while (text.find("\r\n\r\n") == std::string::npos) {
     char part[1024];
     const std::size_t count = socket.read_some(boost::asio::buffer(part));
     text.append(part, count);
   }
+  return text;
 }
 
 /// Waits for the client to end the connection.

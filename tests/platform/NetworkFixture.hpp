@@ -20,10 +20,10 @@ using TlsSocket = boost::asio::ssl::stream<Tcp::socket>;
 /// A network thread that trusts one authority alone, named by SSL_CERT_FILE as an owner would.
 class TrustingNetwork {
  public:
-  explicit TrustingNetwork(const TestCertificate& authority) {
+  explicit TrustingNetwork(const TestCertificate& authority, linux_os::ProxySettings proxies = {}) {
     writeFile(folder_ / "authority.pem", authority.certificatePem());
     ::setenv("SSL_CERT_FILE", (folder_ / "authority.pem").c_str(), 1);
-    network_ = std::make_unique<linux_os::NetworkThread>();
+    network_ = std::make_unique<linux_os::NetworkThread>(std::move(proxies));
     ::unsetenv("SSL_CERT_FILE");
   }
   [[nodiscard]] linux_os::NetworkThread& network() { return *network_; }

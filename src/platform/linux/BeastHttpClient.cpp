@@ -40,11 +40,11 @@ class HttpSession {
 template <typename Stream>
 class StreamHttpSession : public HttpSession, public std::enable_shared_from_this<StreamHttpSession<Stream>> {
  public:
-  StreamHttpSession(Stream stream, NetworkAddress address, http::request<http::string_body> request,
+  StreamHttpSession(Stream stream, NetworkRoute route, http::request<http::string_body> request,
                     std::shared_ptr<CallbackGate> gate, Completion completion)
       : stream_(std::move(stream)),
         deadline_(stream_.get_executor()),
-        address_(std::move(address)),
+        route_(std::move(route)),
         request_(std::move(request)),
         gate_(std::move(gate)),
         completion_(std::move(completion)) {}
@@ -66,7 +66,7 @@ class StreamHttpSession : public HttpSession, public std::enable_shared_from_thi
  private:
   /// `self` keeps the session until the last operation is done.
   static asio::awaitable<void> run(std::shared_ptr<StreamHttpSession> self) {
-    auto failure = co_await connectStream(self->stream_, self->address_, self->deadline_.expiry());
+    auto failure = co_await connectStream(self->stream_, self->route_, self->deadline_.expiry());
     if (self->isFinished_) co_return;
     if (failure) co_return self->finish(std::unexpected(std::move(*failure)));
     error_code error;
@@ -101,7 +101,7 @@ class StreamHttpSession : public HttpSession, public std::enable_shared_from_thi
 
   Stream stream_;
   asio::steady_timer deadline_;
-  NetworkAddress address_;
+  NetworkRoute route_;
   http::request<http::string_body> request_;
   boost::beast::flat_buffer buffer_;
   std::optional<http::response_parser<http::empty_body>> parser_;
@@ -148,11 +148,12 @@ http::request<http::string_body> messageOf(const HttpRequest& request, const Net
 std::shared_ptr<HttpSession> makeSession(NetworkCore& core, const HttpRequest& request, const NetworkAddress& address,
                                          const std::shared_ptr<CallbackGate>& gate, Completion completion) {
   auto message = messageOf(request, address);
+  const NetworkRoute route{address, core.proxies.proxyFor(address)};
   PlainStream plain(core.context);
   if (!address.isSecure)
-    return std::make_shared<StreamHttpSession<PlainStream>>(std::move(plain), address, std::move(message), gate,
+    return std::make_shared<StreamHttpSession<PlainStream>>(std::move(plain), route, std::move(message), gate,
                                                             std::move(completion));
-  return std::make_shared<StreamHttpSession<TlsStream>>(TlsStream(std::move(plain), core.tls), address,
+  return std::make_shared<StreamHttpSession<TlsStream>>(TlsStream(std::move(plain), core.tls), route,
                                                         std::move(message), gate, std::move(completion));
 }
 

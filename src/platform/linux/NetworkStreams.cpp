@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/linux/NetworkErrors.hpp"
+#include "platform/linux/ProxyTunnel.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -61,24 +62,8 @@ asio::awaitable<std::vector<asio::ip::tcp::endpoint>> endpointsOf(asio::any_io_e
   co_return endpoints;
 }
 
-TransportError handshakeFailure(SSL* tls, const error_code& error) {
-  const long verdict = ::SSL_get_verify_result(tls);
-  if (verdict == X509_V_OK) return failure(error);
-  return {std::string("The certificate could not be verified: ") + ::X509_verify_cert_error_string(verdict) + "."};
-}
-
-}  // namespace
-
-NetworkDeadline deadlineAfter(Seconds timeout) {
-  constexpr double longest = 24.0 * 3600;  // no exchange of ours is meant to take a day
-  const double seconds =
-      timeout.count() > 0 ? std::min(timeout.count(), longest) : (std::isnan(timeout.count()) ? longest : 0);
-  return std::chrono::steady_clock::now() +
-         std::chrono::duration_cast<std::chrono::steady_clock::duration>(Seconds(seconds));
-}
-
-asio::awaitable<std::optional<TransportError>> connectStream(PlainStream& stream, const NetworkAddress& address,
-                                                             NetworkDeadline deadline) {
+asio::awaitable<std::optional<TransportError>> connectTo(PlainStream& stream, const NetworkAddress& address,
+                                                         NetworkDeadline deadline) {
   error_code error;
   const auto endpoints = co_await endpointsOf(stream.get_executor(), address, error);
   if (error) co_return failure(error);
@@ -98,10 +83,47 @@ asio::awaitable<std::optional<TransportError>> connectStream(PlainStream& stream
   co_return std::nullopt;
 }
 
-asio::awaitable<std::optional<TransportError>> connectStream(TlsStream& stream, const NetworkAddress& address,
+/// Connects to the proxy and from there on.
+asio::awaitable<std::optional<TransportError>> connectThrough(const Proxy& proxy, PlainStream& stream,
+                                                              const NetworkAddress& address, NetworkDeadline deadline) {
+  const auto refused = co_await connectTo(stream, proxy.address, deadline);
+  if (refused) co_return proxyFailure(*refused);
+  co_return co_await openTunnel(stream, proxy, address);
+}
+
+TransportError handshakeFailure(SSL* tls, const error_code& error) {
+  const long verdict = ::SSL_get_verify_result(tls);
+  if (verdict == X509_V_OK) return failure(error);
+  return {std::string("The certificate could not be verified: ") + ::X509_verify_cert_error_string(verdict) + "."};
+}
+
+}  // namespace
+
+NetworkDeadline deadlineAfter(Seconds timeout) {
+  constexpr double longest = 24.0 * 3600;  // no exchange of ours is meant to take a day
+  const double seconds =
+      timeout.count() > 0 ? std::min(timeout.count(), longest) : (std::isnan(timeout.count()) ? longest : 0);
+  return std::chrono::steady_clock::now() +
+         std::chrono::duration_cast<std::chrono::steady_clock::duration>(Seconds(seconds));
+}
+
+asio::awaitable<std::optional<TransportError>> connectStream(PlainStream& stream, const NetworkRoute& route,
                                                              NetworkDeadline deadline) {
-  if (!prepareVerification(stream.native_handle(), address.host)) co_return TransportError{invalidRequestText};
-  auto refused = co_await connectStream(stream.next_layer(), address, deadline);
+  return connectTo(stream, route.address, deadline);
+}
+
+asio::awaitable<std::optional<TransportError>> connectStream(TlsStream& stream, const NetworkRoute& route,
+                                                             NetworkDeadline deadline) {
+  if (!route.proxy) co_return route.proxy.error();
+  if (!prepareVerification(stream.native_handle(), route.address.host)) co_return TransportError{invalidRequestText};
+  const std::optional<Proxy>& proxy = *route.proxy;
+  PlainStream& plain = stream.next_layer();
+  // GCC 12 destroys the values of a conditional expression around co_await twice.
+  std::optional<TransportError> refused;
+  if (proxy)
+    refused = co_await connectThrough(*proxy, plain, route.address, deadline);
+  else
+    refused = co_await connectTo(plain, route.address, deadline);
   if (refused) co_return refused;
   error_code error;
   co_await stream.async_handshake(asio::ssl::stream_base::client, asio::redirect_error(asio::use_awaitable, error));

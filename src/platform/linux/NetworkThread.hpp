@@ -5,12 +5,15 @@
 #include <memory>
 #include <thread>
 
+#include "platform/linux/ProxySettings.hpp"
+
 namespace tallyfox::linux_os {
 
 /// What the connections of one NetworkThread share: the loop that serves them and the TLS settings (TLS 1.2 or newer,
-/// certificates checked against the system's trust store, or the file that SSL_CERT_FILE names).
+/// certificates checked against the system's trust store, or the file that SSL_CERT_FILE names), and the proxies.
 struct NetworkCore {
-  NetworkCore();
+  explicit NetworkCore(ProxySettings proxySettings);
+  ProxySettings proxies;
   boost::asio::io_context context{1};
   boost::asio::ssl::context tls{boost::asio::ssl::context::tls_client};
 };
@@ -19,7 +22,7 @@ struct NetworkCore {
 /// further callbacks. The destructor waits for a name look-up that is under way.
 class NetworkThread {
  public:
-  NetworkThread();
+  explicit NetworkThread(ProxySettings proxies = {});
   ~NetworkThread();
   NetworkThread(const NetworkThread&) = delete;
   NetworkThread& operator=(const NetworkThread&) = delete;
@@ -28,7 +31,7 @@ class NetworkThread {
   [[nodiscard]] const std::shared_ptr<NetworkCore>& core() const { return core_; }
 
  private:
-  std::shared_ptr<NetworkCore> core_ = std::make_shared<NetworkCore>();
+  std::shared_ptr<NetworkCore> core_;
   std::thread thread_;
 };
 

@@ -54,13 +54,13 @@ constexpr std::chrono::seconds closingTime{5};
 template <typename Stream>
 class StreamSession : public WebSocketSession, public std::enable_shared_from_this<StreamSession<Stream>> {
  public:
-  StreamSession(Stream stream, NetworkAddress address, HeaderList headers, WebSocketEvents events,
+  StreamSession(Stream stream, NetworkRoute route, HeaderList headers, WebSocketEvents events,
                 std::shared_ptr<CallbackGate> gate)
       : socket_(std::move(stream)),
         deadline_(socket_.get_executor()),
         frameTaken_(socket_.get_executor()),
         ownerGone_(socket_.get_executor()),
-        address_(std::move(address)),
+        route_(std::move(route)),
         headers_(std::move(headers)),
         events_(std::move(events)),
         gate_(std::move(gate)) {}
@@ -123,7 +123,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
   };
 
   static asio::awaitable<void> run(std::shared_ptr<StreamSession> self) {
-    auto failure = co_await connectStream(self->socket_.next_layer(), self->address_, self->deadline_.expiry());
+    auto failure = co_await connectStream(self->socket_.next_layer(), self->route_, self->deadline_.expiry());
     if (!failure && self->phase_ == Phase::connecting) failure = co_await upgrade(*self);
     if (failure) {
       self->end(std::move(*failure));
@@ -148,7 +148,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
     }));
     websocket::response_type response;
     error_code error;
-    co_await socket.async_handshake(response, self.address_.hostHeader, self.address_.target,
+    co_await socket.async_handshake(response, self.route_.address.hostHeader, self.route_.address.target,
                                     asio::redirect_error(asio::use_awaitable, error));
     if (error == websocket::error::upgrade_declined)
       co_return TransportError{"The relay answered the WebSocket request with HTTP " +
@@ -256,7 +256,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
   asio::steady_timer deadline_;
   asio::steady_timer frameTaken_;  ///< cancelled when the frame that waits was taken
   asio::steady_timer ownerGone_;
-  NetworkAddress address_;
+  NetworkRoute route_;
   HeaderList headers_;
   WebSocketEvents events_;
   std::shared_ptr<CallbackGate> gate_;
@@ -273,12 +273,13 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
 std::shared_ptr<WebSocketSession> makeWebSocketSession(NetworkCore& core, const NetworkAddress& address,
                                                        HeaderList headers, WebSocketEvents events,
                                                        std::shared_ptr<CallbackGate> gate) {
+  NetworkRoute route{address, core.proxies.proxyFor(address)};
   PlainStream plain(core.context);
   if (!address.isSecure)
-    return std::make_shared<StreamSession<PlainStream>>(std::move(plain), address, std::move(headers),
+    return std::make_shared<StreamSession<PlainStream>>(std::move(plain), std::move(route), std::move(headers),
                                                         std::move(events), std::move(gate));
-  return std::make_shared<StreamSession<TlsStream>>(TlsStream(std::move(plain), core.tls), address, std::move(headers),
-                                                    std::move(events), std::move(gate));
+  return std::make_shared<StreamSession<TlsStream>>(TlsStream(std::move(plain), core.tls), std::move(route),
+                                                    std::move(headers), std::move(events), std::move(gate));
 }
 
 }  // namespace tallyfox::linux_os

@@ -128,7 +128,8 @@ struct Desktop {
 
 /// The threads beside the main one, and what they carry.
 struct Workers {
-  explicit Workers(SerialQueue& mainQueue) : notifications(mainQueue) {}
+  explicit Workers(Services& services)
+      : network(ProxySettings::from(services.environment)), notifications(services.mainLoop) {}
   ThreadQueue scanQueue{"scan"};
   NetworkThread network;
   BeastWebSocketTransport webSockets{network};
@@ -160,7 +161,7 @@ int run() {
     return exit_status::failed;
   }
   Desktop desktop(std::move(*x11), services);
-  Workers workers(services.mainLoop);
+  Workers workers(services);
   ConsoleInterface interface;
   AppDelegate agent({.mainQueue = services.mainLoop,
                      .scanQueue = workers.scanQueue,
