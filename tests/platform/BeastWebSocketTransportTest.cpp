@@ -194,6 +194,48 @@ TEST(BeastWebSocketTransport, failsForAnAddressThatIsNone) {
     EXPECT_EQ(Client(network, url).outcome(), "The request is not valid.") << url;
 }
 
+TEST(BeastWebSocketTransport, keepsAfterASleepOnlyWhatProvesThatItLives) {
+  NetworkThread network;
+  BeastWebSocketTransport transport(network);
+  const LoopbackServer living(afterUpgrade([](auto& stream) {
+    boost::beast::flat_buffer buffer;
+    for (;;) {
+      stream.read(buffer);  // answers pings
+      stream.write(buffer.data());
+      buffer.clear();
+    }
+  }));
+  const LoopbackServer dead(afterUpgrade([](auto& stream) { testing_network::readToEnd(stream.next_layer()); }));
+  const testing_network::SilentServer halfWay;
+  struct Connection {
+    Connection(BeastWebSocketTransport& from, const std::string& authority)
+        : task(from.start({"ws://" + authority, {}, Seconds{30}}, {[events = events] { events.add("open"); }, {}})) {
+      task->receive([frames = frames](const Frame& frame) {
+        frames.add(frame ? std::string(textOf(*frame)) : frame.error().description);
+      });
+    }
+    Recorder<std::string> events;
+    Recorder<std::string> frames;
+    std::unique_ptr<WebSocketTask> task;
+  };
+  Connection good(transport, living.authority());
+  Connection lost(transport, dead.authority());
+  const Connection connecting(transport, halfWay.authority());
+  ASSERT_TRUE(waitUntil([&] { return good.events.size() + lost.events.size() == 2; }));
+
+  transport.demandProofOfLife();
+  ASSERT_TRUE(waitUntil([&] { return connecting.frames.size() == 1; }));
+  EXPECT_EQ(connecting.frames.all().front(), "The connection was lost.");
+  EXPECT_EQ(lost.frames.size(), 0U);
+  transport.demandProofOfLife();  // asks again amid the first time, as a machine may that wakes twice
+  ASSERT_TRUE(waitUntil([&] { return lost.frames.size() == 1; }));
+  EXPECT_EQ(lost.frames.all().front(), "The connection was lost.");
+  EXPECT_EQ(good.frames.size(), 0U);
+  good.task->send("still here", [](const std::expected<void, TransportError>&) {});
+  ASSERT_TRUE(waitUntil([&] { return good.frames.size() == 1; }));
+  EXPECT_EQ(good.frames.all().front(), "still here");
+}
+
 LoopbackServer::Handler greetingOverTls(const TestCertificate& certificate) {
   return overTls(certificate, [](TlsSocket& socket) {
     websocket::stream<TlsSocket&> stream(socket);

@@ -73,9 +73,26 @@ std::unique_ptr<WebSocketTask> BeastWebSocketTransport::start(const WebSocketReq
   const auto address = NetworkAddress::parsed(request.url, "ws", "wss");
   if (core && address && areHeadersWellFormed(request.headers)) {
     session = makeWebSocketSession(*core, *address, request.headers, std::move(events), gate);
+    remember(session);
     boost::asio::post(core->context, [session, timeout = request.timeout] { session->start(timeout); });
   }
   return std::make_unique<BeastWebSocketTask>(core_, std::move(session), std::move(gate));
+}
+
+void BeastWebSocketTransport::remember(const std::shared_ptr<WebSocketSession>& session) {
+  const std::scoped_lock lock(mutex_);
+  std::erase_if(sessions_, [](const auto& known) { return known.expired(); });
+  sessions_.push_back(session);
+}
+
+void BeastWebSocketTransport::demandProofOfLife() {
+  const auto core = core_.lock();
+  if (!core) return;
+  const std::scoped_lock lock(mutex_);
+  for (const auto& known : sessions_)
+    boost::asio::post(core->context, [known] {
+      if (const auto session = known.lock()) session->demandProof();
+    });
 }
 
 }  // namespace tallyfox::linux_os

@@ -21,7 +21,7 @@ std::string networkErrorDescription(const boost::system::error_code& error) {
   if (error == asio::error::eof || error == asio::error::connection_reset || error == asio::error::broken_pipe ||
       error == asio::error::connection_aborted || error == asio::ssl::error::stream_truncated ||
       error == beast::http::error::end_of_stream || error == beast::http::error::partial_message)
-    return "The connection was lost.";
+    return connectionLostText;
   if (error == beast::websocket::error::closed) return "The other side closed the connection.";
   if (error == beast::websocket::error::message_too_big) return "A message exceeds the size limit.";
   if (error == beast::websocket::condition::handshake_failed) return "The answer is no WebSocket answer.";

@@ -50,6 +50,9 @@ using boost::system::error_code;
 constexpr std::chrono::seconds deadAfter{60};
 /// How long the other side may take to answer a close frame.
 constexpr std::chrono::seconds closingTime{5};
+/// How long it may take to show a sign of life that was asked for: a network that comes back after sleep needs a
+/// moment.
+constexpr std::chrono::seconds proofTime{4};
 
 template <typename Stream>
 class StreamSession : public WebSocketSession, public std::enable_shared_from_this<StreamSession<Stream>> {
@@ -60,6 +63,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
         deadline_(socket_.get_executor()),
         frameTaken_(socket_.get_executor()),
         ownerGone_(socket_.get_executor()),
+        proof_(socket_.get_executor()),
         route_(std::move(route)),
         headers_(std::move(headers)),
         events_(std::move(events)),
@@ -110,6 +114,20 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
     });
   }
 
+  void demandProof() override {
+    if (phase_ == Phase::connecting) return end({connectionLostText});
+    if (phase_ != Phase::open || isProving_) return;
+    isProving_ = true;
+    proof_.expires_after(proofTime);
+    proof_.async_wait([weak = this->weak_from_this()](const error_code& error) {
+      const auto self = weak.lock();
+      if (self && !error && self->isProving_) self->end({connectionLostText});
+    });
+    // One at a time: an earlier one may still wait behind a frame that does not get out.
+    if (std::exchange(isPinging_, true)) return;
+    socket_.async_ping({}, [self = this->shared_from_this()](const error_code&) { self->isPinging_ = false; });
+  }
+
   void abandon() override {
     ownerGone_.cancel();
     if (phase_ != Phase::closing) end({"The connection was dropped."});
@@ -155,6 +173,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
                                std::to_string(response.result_int()) + "."};
     if (error) co_return TransportError{networkErrorDescription(error)};
     socket.set_option(websocket::stream_base::timeout{closingTime, deadAfter, true});
+    socket.control_callback([&self](websocket::frame_type, beast::string_view) { self.isAlive(); });
     co_return std::nullopt;
   }
 
@@ -191,7 +210,14 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
     if (phase_ == Phase::open && !outgoing_.empty()) writeNext();
   }
 
+  /// Something came from the other side.
+  void isAlive() {
+    isProving_ = false;
+    proof_.cancel();
+  }
+
   void deliver(Bytes frame) {
+    isAlive();
     if (receivers_.empty()) {
       waitingFrame_ = std::move(frame);
       return;
@@ -246,6 +272,7 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
     const auto self = this->shared_from_this();
     deadline_.cancel();
     frameTaken_.cancel();
+    proof_.cancel();
     closeStream(socket_.next_layer());
     const auto events = std::exchange(events_, {});
     if (before != Phase::connecting) gate_->call(events.onClose);
@@ -256,6 +283,9 @@ class StreamSession : public WebSocketSession, public std::enable_shared_from_th
   asio::steady_timer deadline_;
   asio::steady_timer frameTaken_;  ///< cancelled when the frame that waits was taken
   asio::steady_timer ownerGone_;
+  asio::steady_timer proof_;  ///< runs while the other side has to prove that it is there
+  bool isProving_ = false;
+  bool isPinging_ = false;
   NetworkRoute route_;
   HeaderList headers_;
   WebSocketEvents events_;

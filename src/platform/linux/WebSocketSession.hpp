@@ -23,6 +23,9 @@ class WebSocketSession {
   virtual void send(std::string text, SendCompletion completion) = 0;
   virtual void receive(ReceiveCompletion completion) = 0;
   virtual void cancel(std::uint16_t closeCode) = 0;
+  /// An open connection from which nothing comes within a few seconds, though it is asked, has ended; one that is being
+  /// made ends at once.
+  virtual void demandProof() = 0;
   /// The owner is gone: ends the connection, except that a close frame on its way is let through.
   virtual void abandon() = 0;
 };

@@ -37,6 +37,7 @@
 #include "platform/linux/NetworkThread.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
 #include "platform/linux/SecretServiceKeychain.hpp"
+#include "platform/linux/SleepWatcher.hpp"
 #include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/ThreadQueue.hpp"
 #include "platform/linux/TrustChangeWatcher.hpp"
@@ -162,6 +163,8 @@ int run() {
   }
   Desktop desktop(std::move(*x11), services);
   Workers workers(services);
+  const SleepWatcher sleepWatcher(systemBusAddress(services.environment), services.mainLoop,
+                                  [&workers] { workers.webSockets.demandProofOfLife(); });
   ConsoleInterface interface;
   AppDelegate agent({.mainQueue = services.mainLoop,
                      .scanQueue = workers.scanQueue,
