@@ -13,6 +13,7 @@
 #include "app/AgentWorld.hpp"
 #include "app/AppDelegate.hpp"
 #include "app/TestPhone.hpp"
+#include "base/Limits.hpp"
 #include "detection/ApprovalBuilder.hpp"
 #include "detection/DetectorDesktop.hpp"
 #include "relay/RelayClient.hpp"
@@ -56,8 +57,9 @@ void scanWithoutReading(benchmark::State& state) {
   const AXHelpers helpers(windows.desktop.accessibility(), windows.desktop.elements());
   const PromptReader reader(helpers);
   std::vector<std::pair<WindowSource, PromptContent>> read;
-  for (WindowSource& source :
-       WindowSources(helpers, windows.desktop.applications(), windows.desktop.windowList()).gather()) {
+  GatheredWindows gathered = WindowSources(helpers, windows.desktop.applications(), windows.desktop.windowList())
+                                 .gather(PromptReader::attributes(), limits::contentDescendants);
+  for (WindowSource& source : gathered.sources) {
     PromptContent content = reader.read(source.window, reader.contentElement(source.window));
     read.emplace_back(std::move(source), std::move(content));
   }

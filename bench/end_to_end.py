@@ -100,9 +100,10 @@ def measure_dialog(desktop, phone, number, measured):
     measured.to_phone.append((seen[0] - mapped[0]) * 1000)
 
     mark, began = desktop.mark(), time.monotonic()
-    status, error = phone.answer(seen[1], "No")
+    status, error, _ = phone.answer(seen[1], "No")
     measured.to_verdict.append((time.monotonic() - began) * 1000)
-    gone = desktop.wait_until_gone(mapped[1], mark)
+    closed = desktop.wait_until_one_gone({mapped[1]}, mark)
+    gone = closed[0] if closed else None
     if status != "accepted" or not gone or process.wait(10) != 1:
         raise RuntimeError(f"dialog {number} was not answered: {status} {error}")
     measured.to_gone.append((gone - began) * 1000)

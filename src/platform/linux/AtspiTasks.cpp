@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Limits.hpp"
 #include "platform/linux/AtspiWalk.hpp"
 
 namespace tallyfox::linux_os {
@@ -140,17 +141,40 @@ bool ApplicationTask::sendMissingOf(const AtspiReference& child, FactSet facts) 
   const bool isWindow =
       known.role && *known.role && canBeWindow(roleInfo(**known.role).nature) && known.states && *known.states;
   if (isTrusted || isWindow) needed |= facts;
-  if ((isTrusted || isWindow) && hasFocus_ && canSearch(*reading_.session().toolkitOf(child.busName)))
-    needed |= fact::focusClaims;
-  const bool isMissing = reading_.want(child, needed, step_);
+  const bool isFocusSought = (isTrusted || isWindow) && hasFocus_ && canSearch(toolkitOf(child));
+  if (isFocusSought) needed |= fact::focusClaims;
+  bool isMissing = reading_.want(child, needed, step_);
+  if (isFocusSought) isMissing |= sendFocusPath(child);
   if (windowNeeds_ && (isTrusted || isWindow)) walkInto(child);
   return isMissing;
+}
+
+Toolkit ApplicationTask::toolkitOf(const AtspiReference& reference) const {
+  return reading_.session().toolkitOf(reference.busName).value_or(Toolkit::unknown);
+}
+
+/// From what has the focus up to its window: who asks for the one, asks for the other.
+bool ApplicationTask::sendFocusPath(const AtspiReference& window) {
+  const AtspiFact<std::vector<AtspiReference>>& claims = reading_.known(window).focusClaims;
+  if (!claims || !*claims || (*claims)->empty()) return false;
+  AtspiReference at = (*claims)->back();
+  for (int ancestor = 0; ancestor < limits::windowAncestors && at != window; ++ancestor) {
+    if (reading_.want(at, fact::role | fact::states | fact::childCount | fact::parent, step_)) return true;
+    const AtspiFact<AtspiReference>& parent = reading_.known(at).parent;
+    if (!*parent || (*parent)->isNull() || (*parent)->isApplicationRoot()) break;
+    at = AtspiReference(**parent);
+  }
+  return false;
 }
 
 void ApplicationTask::walkInto(const AtspiReference& window) {
   std::unique_ptr<WalkTask>& walk = walks_[window];
   if (walk) return;
-  walk = std::make_unique<WalkTask>(reading_, window, windowNeeds_->descendantLimit, windowNeeds_->ofElements);
+  // Where the focus cannot be searched for, it is walked to.
+  const bool isFocusWalked = hasFocus_ && !canSearch(toolkitOf(window));
+  const int limit = isFocusWalked ? std::max(windowNeeds_->descendantLimit, limits::refindDescendants)
+                                  : windowNeeds_->descendantLimit;
+  walk = std::make_unique<WalkTask>(reading_, window, limit, windowNeeds_->ofElements);
   if (showsOnlyDialogs_) walk->expectDialog();
   walk->advance();
 }

@@ -69,7 +69,9 @@ class ApplicationTask {
  private:
   bool sendMissing();
   bool sendMissingOf(const AtspiReference& child, FactSet facts);
+  bool sendFocusPath(const AtspiReference& window);
   void walkInto(const AtspiReference& window);
+  [[nodiscard]] Toolkit toolkitOf(const AtspiReference& reference) const;
 
   AtspiReading& reading_;
   std::optional<AtspiWindowNeeds> windowNeeds_;
