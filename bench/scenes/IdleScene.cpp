@@ -126,10 +126,13 @@ void measureIdleAgent(const Options& options, Report& report) {
   if (names.empty()) throw std::runtime_error("the agent is not on the accessibility bus");
   const IdleTime idle = spendIdleTime(*agent, monitor, options.idleTime);
   reportIdleTime(idle, names, report);
-  const auto subscriptions = std::ranges::count_if(startUp, [&](const BusMessage& message) {
-    return names.contains(message.sender) && (message.member == "AddMatch" || message.member == "RegisterEvent");
-  });
-  report.atMost("subscriptions of the agent to accessibility events", static_cast<double>(subscriptions), 0);
+  const auto made = [&](std::string_view member) {
+    return static_cast<double>(std::ranges::count_if(startUp, [&](const BusMessage& message) {
+      return names.contains(message.sender) && message.member == member;
+    }));
+  };
+  report.atMost("listeners registered by the agent", made("RegisterEvent") + made("GetApplicationBusAddress"), 0);
+  report.figure("match rules of the agent (the registry tells of programs that come)", made("AddMatch"), "");
 
   testing::X11TestClient keyboard(desktop.session.display());
   type(keyboard, busy);

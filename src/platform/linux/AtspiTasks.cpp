@@ -33,8 +33,27 @@ WalkTask::WalkTask(AtspiReading& reading, AtspiReference root, int limit, AtspiN
 }
 
 void WalkTask::advance() {
-  while (sendMissing() && step_.outstanding == 0) {
-  }
+  bool isMissing = sendMissing();
+  while (isMissing && step_.outstanding == 0)
+    isMissing = sendMissing();
+  if (!isMissing && !inner_) walkDialogInside();
+}
+
+/// A sheet is read as far as a window is: its reader turns to it once the window shows it.
+void WalkTask::walkDialogInside() {
+  const auto isDialog = [this](const AtspiReference& element) {
+    const AtspiFacts& facts = reading_.known(element);
+    if (!facts.role || !*facts.role || !facts.states || !*facts.states) return false;
+    return roleInfo(**facts.role).nature == AtspiNature::dialog || has(**facts.states, AtspiState::modal);
+  };
+  if (limit_ == 0 || isDialog(root_)) return;
+  std::vector<AtspiReference> elements = order();
+  constexpr std::size_t searched = limits::containerDescendants;
+  if (elements.size() > searched) elements.resize(searched);
+  const auto dialog = std::ranges::find_if(elements, isDialog);
+  if (dialog == elements.end()) return;
+  inner_ = std::make_unique<WalkTask>(reading_, *dialog, static_cast<int>(limit_), needs_);
+  inner_->advance();
 }
 
 std::vector<AtspiReference> WalkTask::order() {

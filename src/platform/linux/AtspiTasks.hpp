@@ -41,6 +41,7 @@ class WalkTask {
   bool sendSearch();
   [[nodiscard]] FactSet neededOf(const AtspiReference& reference, bool isRoot);
   [[nodiscard]] bool canBeSearched();
+  void walkDialogInside();
 
   AtspiReading& reading_;
   AtspiReference root_;
@@ -48,6 +49,7 @@ class WalkTask {
   AtspiNeeds needs_;
   bool isDialogExpected_ = false;
   std::optional<DialogSearch> search_;
+  std::unique_ptr<WalkTask> inner_;
   AtspiStep step_;
 };
 
