@@ -163,7 +163,9 @@ bool ApplicationTask::sendMissingOf(const AtspiReference& child, FactSet facts) 
   const bool isFocusSought = (isTrusted || isWindow) && hasFocus_ && canSearch(toolkitOf(child));
   if (isFocusSought) needed |= fact::focusClaims;
   bool isMissing = reading_.want(child, needed, step_);
-  if (isFocusSought) isMissing |= sendFocusPath(child);
+  // Dialogs are read whole anyway.
+  if (isFocusSought && isWindow && roleInfo(**known.role).nature == AtspiNature::window)
+    isMissing |= sendFocusPath(child);
   if (windowNeeds_ && (isTrusted || isWindow)) walkInto(child);
   return isMissing;
 }
