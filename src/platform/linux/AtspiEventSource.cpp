@@ -12,7 +12,6 @@ namespace {
 constexpr std::chrono::milliseconds greetingTime{1000};
 /// Nobody waits for these answers: a program that hangs gives its own when it goes on.
 constexpr std::uint64_t forever = UINT64_MAX;
-constexpr const char* objectEvents = "org.a11y.atspi.Event.Object";
 constexpr const char* rootPath = atspiRootPath.data();
 /// Programs that are remembered; more than a desktop runs. Beyond, new ones are only told of.
 constexpr std::size_t mostPrograms = 1024;
