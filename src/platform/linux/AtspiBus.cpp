@@ -191,7 +191,9 @@ void AtspiBus::land(Flight* flight, sd_bus_message* message) {
   target.answeredAt = Clock::now();
   target.timeoutsInARow = 0;
   Answer answer = message;
-  if (const sd_bus_error* error = sd_bus_message_get_error(message)) answer = std::unexpected(errorNamed(error->name));
+  // What a lost bus leaves unanswered says nothing of the program.
+  if (const sd_bus_error* error = sd_bus_message_get_error(message))
+    answer = std::unexpected(isOpen() ? errorNamed(error->name) : AXError::cannotComplete);
   sendWaiting(target);
   flight->handler(answer);
 }

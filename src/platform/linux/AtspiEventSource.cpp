@@ -54,6 +54,7 @@ struct AtspiEventSource::Program {
   std::int32_t processIdentifier = 0;
   bool isAwaited = false;
   std::vector<SdBusSlotHandle> slots;
+  SdBusSlotHandle awaited;
 };
 
 AtspiEventSource::AtspiEventSource(std::string sessionBusAddress, FileDescriptorWatcher& watcher)
@@ -133,12 +134,12 @@ void AtspiEventSource::onRegistration(sd_bus_message* signal) {
 void AtspiEventSource::meet(const std::string& busName, bool isNew) {
   if (programs_.contains(busName) || programs_.size() >= mostPrograms) return;
   Program& program =
-      *programs_.emplace(busName, std::make_unique<Program>(Program{*this, busName, isNew, 0, false, {}}))
+      *programs_.emplace(busName, std::make_unique<Program>(Program{*this, busName, isNew, 0, false, {}, {}}))
            .first->second;
   const auto process = call(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                             "GetConnectionUnixProcessID");
   if (!process || sd_bus_message_append(process.get(), "s", busName.c_str()) < 0) return;
-  ask<&AtspiEventSource::learnProcess>(program, process.get());
+  program.slots.push_back(ask<&AtspiEventSource::learnProcess>(program, process.get()));
 }
 
 void AtspiEventSource::forget(const std::string& busName) {
@@ -165,7 +166,7 @@ void AtspiEventSource::learnProcess(Program& program, sd_bus_message* reply) {
   }
   const auto toolkit = call(bus_.get(), program.busName.c_str(), rootPath, "org.freedesktop.DBus.Properties", "Get");
   if (toolkit && sd_bus_message_append(toolkit.get(), "ss", "org.a11y.atspi.Application", "ToolkitName") >= 0)
-    ask<&AtspiEventSource::learnToolkit>(program, toolkit.get());
+    program.slots.push_back(ask<&AtspiEventSource::learnToolkit>(program, toolkit.get()));
   if (program.isNew) tell(program, AtspiChangeKind::programRegistered);
 }
 
@@ -197,11 +198,12 @@ void AtspiEventSource::awaitAnswer(const std::string& busName) {
   if (known == programs_.end() || known->second->isAwaited) return;
   const auto ping = call(bus_.get(), busName.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
   if (!ping) return;
-  known->second->isAwaited = true;
-  ask<&AtspiEventSource::onAnswer>(*known->second, ping.get());
+  known->second->awaited = ask<&AtspiEventSource::onAnswer>(*known->second, ping.get());
+  known->second->isAwaited = known->second->awaited != nullptr;
   sd_bus_flush(bus_.get());
 }
 
+/// An error is an answer too.
 void AtspiEventSource::onAnswer(Program& program, sd_bus_message* /*reply*/) {
   program.isAwaited = false;
   tell(program, AtspiChangeKind::programAnswered);
@@ -212,14 +214,15 @@ void AtspiEventSource::tell(const Program& program, AtspiChangeKind kind) {
 }
 
 template <AtspiEventSource::Handler handler>
-void AtspiEventSource::ask(Program& program, sd_bus_message* call) {
+SdBusSlotHandle AtspiEventSource::ask(Program& program, sd_bus_message* call) {
   const auto onReply = [](sd_bus_message* reply, void* asked, sd_bus_error*) {
     auto& about = *static_cast<Program*>(asked);
-    if (sd_bus_message_is_method_error(reply, nullptr) <= 0) (about.source.*handler)(about, reply);
+    (about.source.*handler)(about, reply);
     return 1;
   };
   sd_bus_slot* slot = nullptr;
-  if (sd_bus_call_async(bus_.get(), &slot, call, onReply, &program, forever) >= 0) program.slots.emplace_back(slot);
+  if (sd_bus_call_async(bus_.get(), &slot, call, onReply, &program, forever) < 0) return nullptr;
+  return SdBusSlotHandle(slot);
 }
 
 template <AtspiEventSource::Handler handler>

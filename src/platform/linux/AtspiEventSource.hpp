@@ -70,8 +70,9 @@ class AtspiEventSource {
   void onAnswer(Program& program, sd_bus_message* reply);
   void tell(const Program& program, AtspiChangeKind kind);
 
+  /// The handler also gets errors.
   template <Handler handler>
-  void ask(Program& program, sd_bus_message* call);
+  [[nodiscard]] SdBusSlotHandle ask(Program& program, sd_bus_message* call);
   template <Handler handler>
   void match(Program& program, const std::string& rule);
 
