@@ -212,6 +212,10 @@ bool AppDelegate::pairingResetInProgress() const {
   return parts_->relaySession.pairingResetInProgress();
 }
 
+std::optional<std::string> AppDelegate::credentialError() const {
+  return parts_->pairing.cachedCredentialError();
+}
+
 void AppDelegate::checkForUpdates() {
   if (parts_->updateManager) return parts_->updateManager->checkForUpdates();
   parts_->interface.enableCheckForUpdates(false);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "app/AgentInterface.hpp"
 #include "app/AgentPlatform.hpp"
@@ -32,6 +34,8 @@ class AppDelegate {
   void resumeNotifications();
   void unpairPhoneFromStatusWindow();
   [[nodiscard]] bool pairingResetInProgress() const;
+  /// Why the pairing credentials could not be loaded, in a sentence for the owner; absent while they can.
+  [[nodiscard]] std::optional<std::string> credentialError() const;
   /// Without configured updates only keeps the menu entry disabled.
   void checkForUpdates();
 

@@ -15,11 +15,6 @@ bool isSetupComplete(const MacStatusSnapshot& snapshot) {
   return snapshot.installedInApplications && areMacPermissionsGranted(snapshot);
 }
 
-/// Any sign of a phone counts: a relay may report a number without a list.
-bool hasPhone(const MacStatusSnapshot& snapshot) {
-  return snapshot.phoneConnected || snapshot.phoneCount >= 1 || !snapshot.connectedPhones.empty();
-}
-
 bool isPausedUntilLater(const NotificationPauseSnapshot& pause, Date now) {
   return pause.pausedUntil && *pause.pausedUntil > now;
 }
@@ -40,6 +35,10 @@ struct LoginItemRow {
 };
 
 }  // namespace
+
+bool hasPhone(const MacStatusSnapshot& snapshot) {
+  return snapshot.phoneConnected || snapshot.phoneCount >= 1 || !snapshot.connectedPhones.empty();
+}
 
 StatusPill overallStatus(const MacStatusSnapshot& snapshot) {
   if (!isSetupComplete(snapshot)) return {"Needs Setup", PillRole::warning};

@@ -26,6 +26,9 @@ struct StatusRow {
   bool operator==(const StatusRow&) const = default;
 };
 
+/// Any sign of a phone counts: a relay may report a number without a list.
+[[nodiscard]] bool hasPhone(const MacStatusSnapshot& snapshot);
+
 [[nodiscard]] StatusPill overallStatus(const MacStatusSnapshot& snapshot);
 [[nodiscard]] std::string headerTitle(const MacStatusSnapshot& snapshot);
 [[nodiscard]] std::string headerSubtitle(const MacStatusSnapshot& snapshot);

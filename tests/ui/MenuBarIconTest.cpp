@@ -1,13 +1,13 @@
-// The menu-bar item makes room for its dot.
+// The menu-bar item and its icon.
 
-#include "ui/MenuBarItem.hpp"
+#include "ui/MenuBarIcon.hpp"
 
 #include <gtest/gtest.h>
 
 namespace tallyfox {
 namespace {
 
-TEST(MenuBarItem, is24PointsWideWithNoApprovalsAnd30WithOneOrMore) {
+TEST(MenuBarIcon, is24PointsWideWithNoApprovalsAnd30WithOneOrMore) {
   EXPECT_EQ(menuBarItemLength(-1), 24.0);
   EXPECT_EQ(menuBarItemLength(0), 24.0);
   EXPECT_EQ(menuBarItemLength(1), 30.0);
