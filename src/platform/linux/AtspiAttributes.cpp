@@ -38,6 +38,8 @@ Value AtspiAttributes::copy(const AtspiElement& element, AXAttribute attribute) 
       return copyOfApplication(element.processIdentifier(), attribute);
     case AtspiElement::Kind::object:
       return copyOfObject(element.reference(), attribute);
+    case AtspiElement::Kind::description:
+      return copyOfDescription(element.reference(), attribute);
   }
   return unsupported;
 }
@@ -121,6 +123,22 @@ Value AtspiAttributes::copyOfObject(const AtspiReference& reference, AXAttribute
   }
 }
 
+Value AtspiAttributes::copyOfDescription(const AtspiReference& dialog, AXAttribute attribute) {
+  switch (attribute) {
+    case AXAttribute::role:
+      return std::string(ax_role::staticText);
+    case AXAttribute::value:
+      return textValue(unshownMessage(dialog));
+    case AXAttribute::parent:
+      return elementOf(dialog);
+    case AXAttribute::position:
+    case AXAttribute::size:
+      return frame(dialog, attribute);
+    default:
+      return unsupported;
+  }
+}
+
 AXUIElement AtspiAttributes::elementOf(const AtspiReference& reference) {
   return AtspiElement::object(reference, reading_.session().processOf(reference.busName));
 }
@@ -199,6 +217,18 @@ std::expected<AtspiAttributes::Appearance, AXError> AtspiAttributes::appearanceO
   // Browsers show a page's question inside their frame, and keep hidden alerts there all the time.
   const auto states = *reading_.read(reference, fact::states | fact::toolkit).states;
   return states && reading_.isShown(reference, *states) ? Appearance::sheet : Appearance::other;
+}
+
+std::string AtspiAttributes::unshownMessage(const AtspiReference& reference) {
+  const auto appearance = appearanceOf(reference);
+  if (!appearance || *appearance == Appearance::other || natureOf(reference) != AtspiNature::dialog) return {};
+  for (const AtspiReference& element : reading_.walk(reference, limits::refindDescendants, fact::role)) {
+    if (reading_.isKnownAsText(element) && value(element)) return {};
+  }
+  const auto text = *reading_.read(reference, fact::description).description;
+  const std::string message = text ? undressedDescription(*text) : std::string();
+  // What is said by the title is said.
+  return Value(message) == title(reference) ? std::string() : message;
 }
 
 Value AtspiAttributes::role(const AtspiReference& reference) {
@@ -295,7 +325,10 @@ Value AtspiAttributes::enabled(const AtspiReference& reference) {
 Value AtspiAttributes::children(const AtspiReference& reference) {
   const auto children = reading_.shownChildren(reference);
   if (!children) return std::unexpected(children.error());
-  return elementsOf(*children);
+  std::vector<AXUIElement> elements = elementsOf(*children);
+  if (!unshownMessage(reference).empty())
+    elements.push_back(AtspiElement::description(reference, reading_.session().processOf(reference.busName)));
+  return elements;
 }
 
 Value AtspiAttributes::parent(const AtspiReference& reference) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/AXTypes.hpp"
@@ -29,6 +30,7 @@ class AtspiAttributes {
   [[nodiscard]] Value copyOfSystem(AXAttribute attribute);
   [[nodiscard]] Value copyOfApplication(std::int32_t processIdentifier, AXAttribute attribute);
   [[nodiscard]] Value copyOfObject(const AtspiReference& reference, AXAttribute attribute);
+  [[nodiscard]] Value copyOfDescription(const AtspiReference& dialog, AXAttribute attribute);
   [[nodiscard]] Value windowsValue(std::int32_t processIdentifier);
   [[nodiscard]] Value windowValue(const std::optional<AtspiWindow>& window);
   [[nodiscard]] Value focusedElementValue(const std::optional<AtspiWindow>& window);
@@ -39,6 +41,9 @@ class AtspiAttributes {
   enum class Appearance { window, sheet, other };
   [[nodiscard]] std::expected<Appearance, AXError> appearanceOf(const AtspiReference& reference);
   [[nodiscard]] std::expected<AtspiNature, AXError> natureOf(const AtspiReference& reference);
+
+  /// What the object says of itself when it is a dialog that shows no text; empty otherwise.
+  [[nodiscard]] std::string unshownMessage(const AtspiReference& reference);
 
   [[nodiscard]] Value role(const AtspiReference& reference);
   [[nodiscard]] Value subrole(const AtspiReference& reference);

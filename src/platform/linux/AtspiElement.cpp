@@ -21,6 +21,10 @@ AXUIElement AtspiElement::object(AtspiReference reference, std::int32_t processI
   return AXUIElement(std::make_shared<AtspiElement>(Kind::object, processIdentifier, std::move(reference)));
 }
 
+AXUIElement AtspiElement::description(AtspiReference dialog, std::int32_t processIdentifier) {
+  return AXUIElement(std::make_shared<AtspiElement>(Kind::description, processIdentifier, std::move(dialog)));
+}
+
 const AtspiElement* AtspiElement::of(const AXUIElement& element) {
   return dynamic_cast<const AtspiElement*>(&element.identity());
 }
@@ -33,7 +37,7 @@ bool AtspiElement::isEqual(const AXElementIdentity& other) const {
 }
 
 std::size_t AtspiElement::hash() const {
-  if (kind_ == Kind::object) return std::hash<AtspiReference>()(reference_);
+  if (kind_ == Kind::object || kind_ == Kind::description) return std::hash<AtspiReference>()(reference_);
   return std::hash<std::int32_t>()(processIdentifier_);
 }
 

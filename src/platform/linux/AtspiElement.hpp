@@ -11,11 +11,17 @@ namespace tallyfox::linux_os {
 /// be made without a message and stays the same when the program registers anew.
 class AtspiElement final : public AXElementIdentity {
  public:
-  enum class Kind { systemWide, application, object };
+  enum class Kind {
+    systemWide,
+    application,
+    object,
+    description,  ///< what a dialog says of itself and shows in no label: a text of its own to whoever reads dialogs
+  };
 
   [[nodiscard]] static AXUIElement systemWide();
   [[nodiscard]] static AXUIElement application(std::int32_t processIdentifier);
   [[nodiscard]] static AXUIElement object(AtspiReference reference, std::int32_t processIdentifier);
+  [[nodiscard]] static AXUIElement description(AtspiReference dialog, std::int32_t processIdentifier);
   /// No pointer for a handle of another backend. Lives as long as the handle.
   [[nodiscard]] static const AtspiElement* of(const AXUIElement& element);
 
@@ -23,6 +29,7 @@ class AtspiElement final : public AXElementIdentity {
 
   [[nodiscard]] Kind kind() const { return kind_; }
   [[nodiscard]] std::int32_t processIdentifier() const { return processIdentifier_; }
+  /// Of a description, the dialog's.
   [[nodiscard]] const AtspiReference& reference() const { return reference_; }
 
   [[nodiscard]] bool isEqual(const AXElementIdentity& other) const override;

@@ -243,6 +243,17 @@ const AtspiFacts& AtspiReading::read(const AtspiReference& reference, FactSet fa
   return own(reference);
 }
 
+bool AtspiReading::isKnownAsText(const AtspiReference& reference) const {
+  const auto natureOf = [this](const AtspiReference& object) {
+    const AtspiFacts* facts = found(object);
+    return facts != nullptr && facts->role && *facts->role ? roleInfo(**facts->role).nature : AtspiNature::plain;
+  };
+  const AtspiNature nature = natureOf(reference);
+  if (nature != AtspiNature::text && nature != AtspiNature::textContainer) return false;
+  const AtspiFacts* facts = found(reference);
+  return !facts->parent || !*facts->parent || natureOf(**facts->parent) != AtspiNature::button;
+}
+
 std::vector<AtspiReference> AtspiReading::knownShownChildren(const AtspiReference& reference) {
   const AtspiFacts* facts = found(reference);
   if (facts == nullptr || !facts->children || !*facts->children) return {};

@@ -64,6 +64,8 @@ class AtspiReading {
   /// without having been looked at.
   [[nodiscard]] std::expected<std::vector<AtspiReference>, AXError> shownChildren(const AtspiReference& reference);
   /// The same, of what is known; none when the children are not. A child that is not known yet counts as shown.
+  /// Whether the object, as far as it is known, is a text of its own and not the label of a button.
+  [[nodiscard]] bool isKnownAsText(const AtspiReference& reference) const;
   [[nodiscard]] std::vector<AtspiReference> knownShownChildren(const AtspiReference& reference);
   /// The bounded walk below `root`, each element with these facts.
   [[nodiscard]] std::vector<AtspiReference> walk(const AtspiReference& root, int limit, FactSet facts);

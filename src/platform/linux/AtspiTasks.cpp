@@ -65,7 +65,18 @@ bool WalkTask::sendMissing() {
   bool isMissing = reading_.want(root_, neededOf(root_, true), step_);
   for (const AtspiReference& element : order())
     isMissing |= reading_.want(element, neededOf(element, false), step_);
-  return isMissing;
+  return isMissing || (isWordlessDialog() && reading_.want(root_, fact::description, step_));
+}
+
+/// Of the walk as far as it is known. Such a dialog may say in its description what it asks.
+bool WalkTask::isWordlessDialog() {
+  const AtspiFacts& root = reading_.known(root_);
+  if (!needs_.value || !root.role || !*root.role || roleInfo(**root.role).nature != AtspiNature::dialog) return false;
+  return std::ranges::none_of(order(), [this](const AtspiReference& element) {
+    const AtspiFacts& facts = reading_.known(element);
+    const auto isWords = [](const AtspiFact<std::string>& text) { return text && !text->value_or("").empty(); };
+    return reading_.isKnownAsText(element) && (isWords(facts.text) || isWords(facts.name));
+  });
 }
 
 bool WalkTask::canBeSearched() {

@@ -41,6 +41,7 @@ class WalkTask {
   bool sendSearch();
   [[nodiscard]] FactSet neededOf(const AtspiReference& reference, bool isRoot);
   [[nodiscard]] bool canBeSearched();
+  [[nodiscard]] bool isWordlessDialog();
   void walkDialogInside();
 
   AtspiReading& reading_;

@@ -11,7 +11,8 @@ What the programs of all toolkits have in common. Lines on standard output:
 Hits of the second, third... dialog begin with its number: "2: Erase press". The program ends with 10 plus the place of
 the button that closed the last dialog, from the left.
 
-The default button has the focus at first, else the leftmost.
+The default button has the focus at first, else the leftmost. With --described no label shows the text: the dialog's
+description says it, to assistive technologies alone.
 
 Kinds: press is an ordinary button; space, return, mouse and nothing obey that alone and have an action that says yes
 and does nothing; area obeys the mouse and has no action. Obeying a press, late closes half a second afterwards, disable
@@ -43,7 +44,8 @@ class Program:
 
     def __init__(self, toolkit):
         self.toolkit = toolkit
-        self.title, self.text, *rest = [word for word in sys.argv[1:] if not word.startswith("--default=")]
+        self.title, self.text, *rest = [word for word in sys.argv[1:] if not word.startswith("--")]
+        self.is_described = "--described" in sys.argv
         self.buttons = [tuple(word.split("=")) for word in rest]
         defaults = [word.split("=", 1)[1] for word in sys.argv[1:] if word.startswith("--default=")]
         self.default = defaults[0] if defaults else None

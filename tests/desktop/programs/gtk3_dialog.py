@@ -35,6 +35,9 @@ class Dialog:
         content = self.window.get_content_area()
         content.pack_start(self.text, True, True, 0)
         content.pack_start(row, False, False, 0)
+        if program.is_described:
+            self.text.set_label("")
+            self.window.get_accessible().set_description(text)
         self.window.show_all()
 
     def button(self, label, kind):

@@ -33,6 +33,9 @@ class Dialog:
         content = self.window.get_content_area()
         content.append(self.text)
         content.append(row)
+        if program.is_described:
+            self.text.set_label("")
+            self.window.update_property([Gtk.AccessibleProperty.DESCRIPTION], [text])
         self.window.present()
         if default in self.widgets:
             # A dialog that comes up gives its focus to the first button.

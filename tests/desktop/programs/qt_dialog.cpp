@@ -98,6 +98,11 @@ class Dialog : public QDialog {
 
   [[nodiscard]] int number() const { return number_; }
   [[nodiscard]] QLabel& text() { return *text_; }
+  /// Says its text to assistive technologies alone.
+  void describe() {
+    setAccessibleDescription(text_->text());
+    text_->clear();
+  }
   [[nodiscard]] int placeOf(const QString& label) const {
     for (qsizetype place = 0; place < buttons_.size(); ++place)
       if (buttons_[place].label == label) return static_cast<int>(place);
@@ -138,6 +143,8 @@ class Program {
     for (const QString& word : words.sliced(3)) {
       if (word.startsWith("--default="))
         default_ = word.section('=', 1);
+      else if (word == "--described")
+        isDescribed_ = true;
       else
         buttons_.push_back(planOf(word));
     }
@@ -154,6 +161,7 @@ class Program {
       onHit(dialog, button, how);
     };
     dialogs_.push_back(std::make_unique<Dialog>(++opened_, title, text, buttons, default_, onHitOf, parent));
+    if (isDescribed_) dialogs_.back()->describe();
     return *dialogs_.back();
   }
   void askBack(const QString& title, Dialog& parent) {
@@ -216,6 +224,7 @@ class Program {
   QString title_;
   QString text_;
   QString default_;
+  bool isDescribed_ = false;
   QList<ButtonPlan> buttons_;
   int opened_ = 0;
   std::vector<std::unique_ptr<Dialog>> dialogs_;
