@@ -71,6 +71,31 @@ TEST(LayoutRules, letABackendsMainSeeTheAgentButNoOtherBackend) {
               ElementsAre("platform/linux/main.cpp: may not include platform/memory/B.hpp"));
 }
 
+TEST(LayoutRules, letTheWindowSeeTheAgentsInterfaceButNoOtherPartOfTheAgent) {
+  const std::string window = "platform/linux/window/A.cpp";
+  EXPECT_THAT(brokenIncludePermits({parsedSource(window,
+                                                 "#include \"ui/B.hpp\"\n#include \"app/AgentInterface.hpp\"\n"
+                                                 "#include \"app/AppDelegate.hpp\"\n#include <QWidget>\n"
+                                                 "#include \"platform/linux/SdBus.hpp\"\n")}),
+              IsEmpty());
+  EXPECT_THAT(brokenIncludePermits({parsedSource(window, "#include \"app/ScanCycle.hpp\"\n")}),
+              ElementsAre(window + ": may not include app/ScanCycle.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource(window, "#include \"detection/B.hpp\"\n")}),
+              ElementsAre(window + ": may not include detection/B.hpp"));
+}
+
+TEST(LayoutRules, letNothingInABackendButItsMainSeeTheWindow) {
+  const std::string include = "#include \"platform/linux/window/B.hpp\"\n";
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/main.cpp", include)}), IsEmpty());
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/A.cpp", include)}),
+              ElementsAre("platform/linux/A.cpp: may not include platform/linux/window/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/memory/main.cpp", include)}),
+              ElementsAre("platform/memory/main.cpp: may not include platform/linux/window/B.hpp"));
+  EXPECT_THAT(roomCircles({parsedSource("platform/linux/main.cpp", include),
+                           parsedSource("platform/linux/window/B.hpp", "#include \"platform/linux/A.hpp\"\n")}),
+              IsEmpty());
+}
+
 TEST(LayoutRules, findCircles) {
   const std::vector<SourceFile> files = {parsedSource("base/A.hpp", "#include \"base/B.hpp\"\n"),
                                          parsedSource("base/B.hpp", "#include \"base/A.hpp\"\n")};

@@ -1,0 +1,177 @@
+// The painted menu-bar icon against its geometry: every point inside a shape is painted, every point outside all of
+// them is not, to within a pixel, at every scale. What is inside is worked out here by distances alone.
+
+#include "platform/linux/window/TemplateImagePainter.hpp"
+
+#include <gtest/gtest.h>
+
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace tallyfox::linux_os {
+namespace {
+
+struct At {
+  double x = 0;
+  double y = 0;  ///< upwards
+};
+
+double toSegment(At p, At a, At b) {
+  const double dx = b.x - a.x;
+  const double dy = b.y - a.y;
+  const double t = std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / (dx * dx + dy * dy), 0.0, 1.0);
+  return std::hypot(p.x - a.x - t * dx, p.y - a.y - t * dy);
+}
+
+/// Of a line with flat ends, as a signed distance to its outline.
+double toFlatLine(At p, At a, At b, double width) {
+  const double length = std::hypot(b.x - a.x, b.y - a.y);
+  const double along = ((p.x - a.x) * (b.x - a.x) + (p.y - a.y) * (b.y - a.y)) / length;
+  const double across = std::abs((p.x - a.x) * (b.y - a.y) - (p.y - a.y) * (b.x - a.x)) / length;
+  return std::max({-along, along - length, across - width / 2});
+}
+
+double toScreen(At p) {
+  constexpr double radius = 2.2;
+  const double dx = std::abs(p.x - 7.75) - (6.25 - radius);
+  const double dy = std::abs(p.y - 9.25) - (4.75 - radius);
+  const double distance = std::hypot(std::max(dx, 0.0), std::max(dy, 0.0)) + std::min(std::max(dx, dy), 0.0) - radius;
+  return std::abs(distance) - 1.05;
+}
+
+double toStand(At p) {
+  return std::min({toFlatLine(p, {6.5, 4.5}, {5.5, 2.3}, 1.8), toFlatLine(p, {9.0, 4.5}, {10.0, 2.3}, 1.8),
+                   toFlatLine(p, {4.5, 2.2}, {11.1, 2.2}, 1.8)});
+}
+
+double toRing(At p) {
+  return std::abs(std::hypot(p.x - 14.5, p.y - 11.6) - 3.3) - 0.9;
+}
+
+double toTick(At p) {
+  return std::min(toSegment(p, {13.0, 11.6}, {14.4, 10.2}), toSegment(p, {14.4, 10.2}, {16.2, 12.7})) - 0.9;
+}
+
+double toSignal(At p) {
+  const auto onArc = [](double degrees) {
+    const double angle = degrees * std::numbers::pi / 180;
+    return At{17.3 + 3 * std::cos(angle), 11.7 + 3 * std::sin(angle)};
+  };
+  const double angle = std::atan2(p.y - 11.7, p.x - 17.3) * 180 / std::numbers::pi;
+  if (angle >= -18 && angle <= 45) return std::abs(std::hypot(p.x - 17.3, p.y - 11.7) - 3) - 0.85;
+  const auto toEnd = [&](At end) { return std::hypot(p.x - end.x, p.y - end.y) - 0.85; };
+  return std::min(toEnd(onArc(-18)), toEnd(onArc(45)));
+}
+
+double toDot(At p) {
+  return std::hypot(p.x - 24.6, p.y - 13.4) - 4.1;
+}
+
+/// Negative inside what is to be painted.
+double distanceToIcon(At p, bool hasDot) {
+  const double drawing = std::min({toScreen(p), toStand(p), toRing(p), toTick(p), toSignal(p)});
+  return hasDot ? std::min(drawing, toDot(p)) : drawing;
+}
+
+/// The number of pixels that are surely in or surely out, all of them checked.
+int expectGeometry(const QImage& image, double scale, bool hasDot) {
+  int judged = 0;
+  int wrong = 0;
+  for (int row = 0; row < image.height(); ++row) {
+    for (int column = 0; column < image.width(); ++column) {
+      const At centre{(column + 0.5) / scale, 18 - (row + 0.5) / scale};
+      const double distanceInPixels = distanceToIcon(centre, hasDot) * scale;
+      if (std::abs(distanceInPixels) < 1) continue;
+      ++judged;
+      const int expected = distanceInPixels < 0 ? 255 : 0;
+      if (qAlpha(image.pixel(column, row)) != expected && ++wrong < 5)
+        ADD_FAILURE() << "at " << centre.x << ", " << centre.y << " alpha " << qAlpha(image.pixel(column, row));
+    }
+  }
+  EXPECT_EQ(wrong, 0);
+  return judged;
+}
+
+TEST(TemplateImagePainter, paintsWhatIsInsideAStrokeAndNothingElse) {
+  for (const std::int64_t count : {0, 1, 57}) {
+    const QImage image = renderedTemplateImage(menuBarIcon(count), Qt::black, 8);
+    EXPECT_EQ(image.size(), QSize(count == 0 ? 176 : 240, 144));
+    EXPECT_GT(expectGeometry(image, 8, count > 0), 15'000) << count;
+  }
+}
+
+TEST(TemplateImagePainter, isAsExactAtScalesThatAreNoWholeNumber) {
+  for (const double scale : {1.0, 1.25, 1.5, 2.0, 3.7}) {
+    const QImage image = renderedTemplateImage(menuBarIcon(1), Qt::black, scale);
+    EXPECT_EQ(image.width(), static_cast<int>(std::ceil(30 * scale)));
+    EXPECT_EQ(image.height(), static_cast<int>(std::ceil(18 * scale)));
+    EXPECT_EQ(image.devicePixelRatio(), scale);
+    EXPECT_GT(expectGeometry(image, scale, true), 20 * scale) << scale;
+  }
+}
+
+TEST(TemplateImagePainter, paintsTheSameForOneApprovalAsForMany) {
+  const QImage one = renderedTemplateImage(menuBarIcon(1), Qt::black, 8);
+  EXPECT_EQ(one, renderedTemplateImage(menuBarIcon(57), Qt::black, 8));
+  EXPECT_EQ(qAlpha(one.pixel(static_cast<int>(24.6 * 8), static_cast<int>((18 - 13.4) * 8))), 255);
+}
+
+TEST(TemplateImagePainter, paintsNoDotWhereNoneIsPending) {
+  for (const std::int64_t count : {0, -1}) {
+    const QImage image = renderedTemplateImage(menuBarIcon(count), Qt::black, 8);
+    // Without the dot the canvas ends where the signal does; nothing is left of where it was.
+    for (int row = 0; row < image.height(); ++row)
+      EXPECT_EQ(qAlpha(image.pixel(image.width() - 1, row)), 0) << row;
+  }
+}
+
+TEST(TemplateImagePainter, paintsInTheColourGiven) {
+  const QColor green = qtColor(app_brand::green);
+  EXPECT_EQ(green.rgb(), qRgb(41, 199, 87));
+  const QImage image = renderedTemplateImage(menuBarIcon(1), green, 8);
+  int painted = 0;
+  for (int row = 0; row < image.height(); ++row) {
+    for (int column = 0; column < image.width(); ++column) {
+      if (qAlpha(image.pixel(column, row)) != 255) continue;
+      ++painted;
+      // Where shapes overlap, blending rounds.
+      const QColor pixel = image.pixelColor(column, row);
+      ASSERT_NEAR(pixel.red(), green.red(), 1);
+      ASSERT_NEAR(pixel.green(), green.green(), 1);
+      ASSERT_NEAR(pixel.blue(), green.blue(), 1);
+    }
+  }
+  EXPECT_GT(painted, 5'000);
+}
+
+TEST(TemplateImagePainter, paintsAtThePaintersOriginAndLeavesThePainterAsItWas) {
+  const TemplateImage icon = menuBarIcon(1);
+  QImage shifted(100, 60, QImage::Format_ARGB32_Premultiplied);
+  shifted.fill(Qt::transparent);
+  QPainter painter(&shifted);
+  painter.translate(40, 20);
+  const QTransform before = painter.transform();
+  drawTemplateImage(painter, icon, Qt::black);
+  EXPECT_EQ(painter.transform(), before);
+  EXPECT_FALSE(painter.testRenderHint(QPainter::Antialiasing));
+  painter.end();
+  QImage plain = renderedTemplateImage(icon, Qt::black, 1);
+  EXPECT_EQ(shifted.copy(40, 20, 30, 18), plain);
+}
+
+TEST(TemplateImageIcon, isSharpAtEveryUsualDevicePixelRatio) {
+  const TemplateImage image = menuBarIcon(0);
+  const QIcon icon = templateIcon(image, Qt::black);
+  for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
+    const QPixmap pixmap = icon.pixmap(QSize(22, 18), ratio);
+    // Nothing is scaled: the pixels are those of the drawing at that ratio.
+    EXPECT_EQ(pixmap.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied),
+              renderedTemplateImage(image, Qt::black, ratio))
+        << ratio;
+  }
+}
+
+}  // namespace
+}  // namespace tallyfox::linux_os
