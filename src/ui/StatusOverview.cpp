@@ -23,7 +23,7 @@ std::string pauseRows(const MacStatusSnapshot& snapshot, Date now, const std::st
   std::string rows = row("Alerts", title, pauseCardDetail(snapshot, now));
   // A pause goes on while something else keeps the alerts away, and what is in the way tells nothing of it.
   const std::string pause = pauseTitle(snapshot.notificationPause, now, timeZoneIdentifier);
-  if (snapshot.notificationPause.isPaused() && pause != title) rows += fmt::format("{:<16}{}.\n", "", pause);
+  if (isPauseInForce(snapshot.notificationPause, now) && pause != title) rows += fmt::format("{:<16}{}.\n", "", pause);
   return rows;
 }
 

@@ -117,6 +117,10 @@ StatusRow loginItemRow(const MacStatusSnapshot& snapshot) {
   return std::visit(LoginItemRow{}, snapshot.loginItemStatus);
 }
 
+bool isPauseInForce(const NotificationPauseSnapshot& pause, Date now) {
+  return pause.pausesIndefinitely || isPausedUntilLater(pause, now);
+}
+
 std::string pauseCardTitle(const MacStatusSnapshot& snapshot, Date now, const std::string& timeZoneIdentifier) {
   if (!snapshot.installedInApplications || !snapshot.relayConfigured) return "Not Available";
   if (!snapshot.relayConnected || !snapshot.accessibilityTrusted || !hasPhone(snapshot)) return "Inactive";

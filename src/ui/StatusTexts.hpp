@@ -42,6 +42,8 @@ struct StatusRow {
 [[nodiscard]] StatusRow accessibilityRow(const MacStatusSnapshot& snapshot);
 [[nodiscard]] StatusRow loginItemRow(const MacStatusSnapshot& snapshot);
 
+/// Whether alerts are kept back now. A timed pause ends by itself, also where nobody has cleared it away yet.
+[[nodiscard]] bool isPauseInForce(const NotificationPauseSnapshot& pause, Date now);
 /// The end of a pause is told on the clock of the time zone given.
 [[nodiscard]] std::string pauseCardTitle(const MacStatusSnapshot& snapshot, Date now,
                                          const std::string& timeZoneIdentifier);

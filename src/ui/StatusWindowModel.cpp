@@ -5,10 +5,16 @@
 namespace tallyfox {
 namespace {
 
+/// Nothing on this computer keeps dialogs from a phone.
+bool isReadyForPhones(const MacStatusSnapshot& snapshot) {
+  return snapshot.installedInApplications && snapshot.accessibilityTrusted && snapshot.relayConfigured &&
+         snapshot.relayConnected;
+}
+
 /// The code leads a phone to a relay that answers; a code without credentials would lead nowhere.
 bool canPair(const MacStatusSnapshot& snapshot, const StatusWindowContext& context) {
-  return snapshot.installedInApplications && snapshot.accessibilityTrusted && snapshot.relayConnected &&
-         snapshot.pairingImage && !context.credentialError && !context.pairingResetInProgress;
+  return isReadyForPhones(snapshot) && snapshot.pairingImage && !context.credentialError &&
+         !context.pairingResetInProgress;
 }
 
 TextRole pairingStatusRole(const MacStatusSnapshot& snapshot) {
@@ -25,12 +31,16 @@ PairingCardModel pairingCard(const MacStatusSnapshot& snapshot, const StatusWind
                         .detail = phoneStatusDetail(snapshot),
                         .problem = context.credentialError,
                         .code = std::nullopt,
-                        .caption = snapshot.pairingCaption,
+                        .caption = "",
                         .openSettings = std::nullopt,
                         .codeToggle = std::nullopt,
                         .unpair = std::nullopt};
   const bool isCodeOffered = canPair(snapshot, context);
   if (isCodeOffered && (!hasPhone(snapshot) || context.isCodeRequested)) card.code = snapshot.pairingImage;
+  // Words about a code that is kept back would send the owner looking for it.
+  if (!card.code && snapshot.pairingImage && isReadyForPhones(snapshot) && !hasPhone(snapshot)) card.detail.clear();
+  const bool isCodeWanting = snapshot.installedInApplications && !snapshot.pairingImage;
+  if (card.code || (isCodeWanting && card.detail != snapshot.pairingCaption)) card.caption = snapshot.pairingCaption;
   if (snapshot.installedInApplications && !snapshot.accessibilityTrusted)
     card.openSettings = {.title = "Open Settings", .action = StatusWindowAction::openAccessibilitySettings};
   if (isCodeOffered && hasPhone(snapshot))
@@ -55,6 +65,8 @@ StatusRowModel row(std::string symbol, std::string title, StatusRow texts) {
 
 StatusRowModel loginItemCard(const MacStatusSnapshot& snapshot) {
   StatusRowModel card = row("arrow.clockwise.circle", "Login Item", loginItemRow(snapshot));
+  // A login item is tied to where the application lies, and it is about to be moved.
+  if (!snapshot.installedInApplications) return card;
   if (std::holds_alternative<login_item::Disabled>(snapshot.loginItemStatus))
     card.button = {.title = "Enable", .action = StatusWindowAction::enableLoginItem};
   if (std::holds_alternative<login_item::RequiresApproval>(snapshot.loginItemStatus))
@@ -63,9 +75,7 @@ StatusRowModel loginItemCard(const MacStatusSnapshot& snapshot) {
 }
 
 StatusRowModel pauseCard(const MacStatusSnapshot& snapshot, const StatusWindowContext& context) {
-  const bool isPaused = snapshot.notificationPause.isPaused();
-  const bool isReceiving = snapshot.installedInApplications && snapshot.relayConfigured && snapshot.relayConnected &&
-                           snapshot.accessibilityTrusted && hasPhone(snapshot);
+  const bool isPaused = isPauseInForce(snapshot.notificationPause, context.now);
   StatusRowModel card{.symbol = isPaused ? "bell.slash" : "bell",
                       .title = pauseCardTitle(snapshot, context.now, context.timeZoneIdentifier),
                       .detail = pauseCardDetail(snapshot, context.now),
@@ -73,7 +83,7 @@ StatusRowModel pauseCard(const MacStatusSnapshot& snapshot, const StatusWindowCo
                       .button = std::nullopt,
                       .secondaryButton = std::nullopt};
   // A pause can be ended also while no alert could be sent anyway.
-  if (!isReceiving && !isPaused) return card;
+  if (!isPaused && !(isReadyForPhones(snapshot) && hasPhone(snapshot))) return card;
   card.button = {.title = isPaused ? "Resume" : "Pause for 2 Hours",
                  .action = StatusWindowAction::toggleNotificationPause};
   card.secondaryButton = {.title = "More Options", .action = StatusWindowAction::showNotificationPauseOptions};
@@ -81,10 +91,11 @@ StatusRowModel pauseCard(const MacStatusSnapshot& snapshot, const StatusWindowCo
 }
 
 StatusRowModel updateCard(const UpdateAvailabilitySnapshot& update) {
+  const std::string version = update.displayVersion.value_or("");
   return {.symbol = "arrow.down.circle",
           .title = "Update Available",
-          .detail = update.displayVersion ? "Tallyfox " + *update.displayVersion + " is ready to install."
-                                          : "A new version of Tallyfox is ready to install.",
+          .detail = version.empty() ? "A new version of Tallyfox is ready to install."
+                                    : "Tallyfox " + version + " is ready to install.",
           .pill = std::nullopt,
           .button = ButtonModel{.title = "Install Update...", .action = StatusWindowAction::checkForUpdates},
           .secondaryButton = std::nullopt};

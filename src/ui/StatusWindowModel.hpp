@@ -44,13 +44,12 @@ struct PairingCardModel {
   std::string title;
   std::string status;
   TextRole statusRole = TextRole::primary;
-  std::string detail;
+  std::string detail;  ///< empty where nothing is to be said
   /// Why there are no credentials, where that is so.
   std::optional<std::string> problem;
-  /// The code, and what stands under it. Whoever sees the code can pair: it is shown while a phone is wanted, and else
-  /// only when the owner asks for it.
+  /// Whoever sees the code can pair: it is shown while a phone is wanted, and else only when the owner asks for it.
   std::optional<GrayscaleImage> code;
-  std::string caption;
+  std::string caption;  ///< under the code, or in its place where there is none; empty where nothing is to be said
   std::optional<ButtonModel> openSettings;
   std::optional<ButtonModel> codeToggle;
   std::optional<ButtonModel> unpair;
