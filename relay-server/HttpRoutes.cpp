@@ -56,7 +56,8 @@ HttpResponse HttpRoutes::answer(const HttpRequest& request) {
     return response;
   }
   if (const auto pairingID = pairingIDOf(path)) {
-    if (request.method() != http::verb::put) return methodNotAllowed("PUT");
+    if (request.method() == http::verb::get) return plainResponse(standing(request, *pairingID));
+    if (request.method() != http::verb::put) return methodNotAllowed("GET, PUT");
     return plainResponse(registration(request, *pairingID));
   }
   return plainResponse(HttpStatus::not_found);
@@ -69,6 +70,14 @@ HttpStatus HttpRoutes::registration(const HttpRequest& request, std::string_view
   if (!isRegistrationBody(request.body())) return HttpStatus::bad_request;
   const auto registered = access_.registerToken(pairingID, *token);
   return registered ? HttpStatus::no_content : statusOf(registered.error());
+}
+
+HttpStatus HttpRoutes::standing(const HttpRequest& request, std::string_view pairingID) {
+  if (!isIdentifier(pairingID, pairingIDCharacters)) return HttpStatus::bad_request;
+  const auto token = bearerToken(request);
+  if (!token) return HttpStatus::unauthorized;
+  const auto known = access_.check(pairingID, *token);
+  return known ? HttpStatus::no_content : statusOf(known.error());
 }
 
 std::optional<std::string_view> bearerToken(const http::fields& fields) {

@@ -21,6 +21,8 @@ class HttpRoutes {
 
  private:
   [[nodiscard]] HttpStatus registration(const HttpRequest& request, std::string_view pairingID);
+  /// Whether this token is registered for the pairing; changes nothing.
+  [[nodiscard]] HttpStatus standing(const HttpRequest& request, std::string_view pairingID);
 
   PairingAccess& access_;
 };

@@ -7,10 +7,12 @@
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/write.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
+#include <chrono>
 #include <utility>
 
 #include "AgentSession.hpp"
 #include "PhoneSession.hpp"
+#include "base/HttpDate.hpp"
 
 namespace tallyfox::server {
 namespace {
@@ -110,6 +112,8 @@ asio::awaitable<void> HttpSession::refuse(boost::system::error_code error) {
 
 asio::awaitable<void> HttpSession::respond(HttpResponse response) {
   stream_.expires_after(dependencies_.limits.closeTime);
+  const auto now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
+  response.set(http::field::date, formattedHttpDate(now));
   response.prepare_payload();
   const auto [writeError, written] = co_await http::async_write(stream_, response, resultOf);
   if (writeError) co_return;

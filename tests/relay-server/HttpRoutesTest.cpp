@@ -26,6 +26,10 @@ class HttpRoutesTest : public ::testing::Test {
     return answer(http::verb::put, "/api/pairings/" + pairingID + "/relay-token", authorization, body).result();
   }
 
+  HttpStatus get(const std::string& pairingID, const std::string& authorization) {
+    return answer(http::verb::get, "/api/pairings/" + pairingID + "/relay-token", authorization).result();
+  }
+
   testing::TemporaryDirectory directory;
   testing::RecordedConsole console;
   RelayLog log{console};
@@ -69,11 +73,24 @@ TEST_F(HttpRoutesTest, refusesBadBodiesAndStoresNothing) {
   EXPECT_EQ(database.pairing("P1").value(), std::nullopt);
 }
 
-TEST_F(HttpRoutesTest, answersOtherMethodsWith405AndTheAllowedOne) {
-  for (const http::verb method : {http::verb::get, http::verb::post, http::verb::delete_, http::verb::head}) {
+TEST_F(HttpRoutesTest, tellsHowAPairingStandsWithoutRegisteringIt) {
+  EXPECT_EQ(get("P1", "Bearer token"), HttpStatus::unauthorized) << "not registered";
+  EXPECT_EQ(database.pairing("P1").value(), std::nullopt) << "and still not";
+  ASSERT_EQ(put("P1", "Bearer token"), HttpStatus::no_content);
+  EXPECT_EQ(get("P1", "Bearer token"), HttpStatus::no_content);
+  EXPECT_EQ(get("P1", "Bearer other"), HttpStatus::unauthorized);
+  EXPECT_EQ(get("P1", ""), HttpStatus::unauthorized);
+  EXPECT_EQ(get("a.b", "Bearer token"), HttpStatus::bad_request);
+  ASSERT_TRUE(database.revokePairing("P1"));
+  EXPECT_EQ(get("P1", "Bearer token"), HttpStatus::gone);
+  EXPECT_EQ(get("P1", "Bearer other"), HttpStatus::unauthorized) << "who does not know the token learns nothing";
+}
+
+TEST_F(HttpRoutesTest, answersOtherMethodsWith405AndTheAllowedOnes) {
+  for (const http::verb method : {http::verb::post, http::verb::delete_, http::verb::head}) {
     const HttpResponse response = answer(method, "/api/pairings/P1/relay-token", "Bearer token", goodBody);
     EXPECT_EQ(response.result(), HttpStatus::method_not_allowed);
-    EXPECT_EQ(response[http::field::allow], "PUT");
+    EXPECT_EQ(response[http::field::allow], "GET, PUT");
   }
   EXPECT_EQ(answer(http::verb::post, "/healthz").result(), HttpStatus::method_not_allowed);
 }

@@ -9,6 +9,7 @@
 #include <csignal>
 
 #include "LiveRelay.hpp"
+#include "base/HttpDate.hpp"
 
 namespace tallyfox::server {
 namespace {
@@ -37,10 +38,22 @@ TEST_F(RelayServerTest, answersEveryKindOfRegistration) {
   EXPECT_EQ(registered(relay.port(), "P1", "token"), (HttpAnswer{.status = 204}));
   EXPECT_EQ(registered(relay.port(), "P1", "other").status, 401U);
   EXPECT_EQ(registered(relay.port(), "P.1", "token").status, 400U);
-  EXPECT_EQ(askedOver(relay.port(), "GET /api/pairings/P1/relay-token HTTP/1.1\r\nHost: relay\r\n\r\n").status, 405U);
+  EXPECT_EQ(askedOver(relay.port(), "POST /api/pairings/P1/relay-token HTTP/1.1\r\nHost: relay\r\n\r\n").status, 405U);
   EXPECT_EQ(askedOver(relay.port(), "GET /other HTTP/1.1\r\nHost: relay\r\n\r\n").status, 404U);
   EXPECT_EQ(askedOver(relay.port(), "GET /healthz HTTP/1.1\r\nHost: relay\r\n\r\n"),
             (HttpAnswer{.status = 200, .body = "ok\n"}));
+}
+
+TEST_F(RelayServerTest, tellsItsTime) {
+  LiveRelay relay(directory.path());
+  TestConnection connection(relay.port());
+  connection.write("GET /healthz HTTP/1.1\r\nHost: relay\r\n\r\n");
+  const std::string answer = connection.readToEnd().value_or("");
+  const std::size_t start = answer.find("Date: ");
+  ASSERT_NE(start, std::string::npos) << answer;
+  const auto told = parsedHttpDate(answer.substr(start + 6, answer.find("\r\n", start) - start - 6));
+  ASSERT_TRUE(told.has_value()) << answer;
+  EXPECT_LT(std::chrono::abs(*told - std::chrono::system_clock::now()), std::chrono::minutes(2));
 }
 
 TEST_F(RelayServerTest, refusesABodyAboveFourKibibytesDeclaredOrChunked) {
