@@ -48,9 +48,11 @@ ControlAnswer AgentControl::carriedOut(const ControlRequest& request) {
 
 ControlAnswer AgentControl::status() {
   const MacStatusSnapshot snapshot = dependencies_.agent.currentStatusSnapshot();
+  Json json = statusJson(snapshot);
+  json["agentVersion"] = dependencies_.version;
   return {.ok = true,
           .text = statusOverview(snapshot, dependencies_.clock.now(), dependencies_.environment.timeZoneIdentifier()),
-          .status = statusJson(snapshot)};
+          .status = std::move(json)};
 }
 
 ControlAnswer AgentControl::alerts() {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "app/AppDelegate.hpp"
 #include "base/Queue.hpp"
@@ -19,8 +20,9 @@ class AgentControl {
     SerialQueue& mainQueue;
     Clock& clock;
     Environment& environment;
+    std::string version;  ///< of this agent, told with its status
   };
-  explicit AgentControl(Dependencies dependencies) : dependencies_(dependencies) {}
+  explicit AgentControl(Dependencies dependencies) : dependencies_(std::move(dependencies)) {}
 
   /// Takes one line of a request and gives the line of its answer, at most limits::controlAnswerBytes long, both
   /// without the line break. Any text is answered. A quit takes place after the present task, so that its answer can

@@ -9,14 +9,6 @@ namespace {
 
 constexpr std::size_t secretBytes = 32;
 
-std::expected<InstallationSecrets, SecretsError> decodedSecrets(ByteView bytes) {
-  const auto json = parsedJson(textOf(bytes));
-  if (!json) return std::unexpected(StorageError::invalidStoredSecrets);
-  auto secrets = InstallationSecrets::decoded(*json);
-  if (!secrets || !secrets->isUsable()) return std::unexpected(StorageError::invalidStoredSecrets);
-  return *std::move(secrets);
-}
-
 /// The value of an older key, unless it is blank or no text.
 std::optional<std::string> olderValue(UserDefaults& defaults, const char* key) {
   const auto value = defaults.object(key);
@@ -53,6 +45,14 @@ std::string_view description(StorageError error) {
 std::string description(const SecretsError& error) {
   if (const auto* keychain = std::get_if<KeychainError>(&error)) return keychain->description();
   return std::string(description(std::get<StorageError>(error)));
+}
+
+std::expected<InstallationSecrets, SecretsError> decodedSecrets(ByteView bytes) {
+  const auto json = parsedJson(textOf(bytes));
+  if (!json) return std::unexpected(StorageError::invalidStoredSecrets);
+  auto secrets = InstallationSecrets::decoded(*json);
+  if (!secrets || !secrets->isUsable()) return std::unexpected(StorageError::invalidStoredSecrets);
+  return *std::move(secrets);
 }
 
 std::expected<InstallationSecrets, SecretsError> InstallationSecretStorage::loadOrCreate(

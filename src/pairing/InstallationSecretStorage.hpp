@@ -34,6 +34,9 @@ enum class StorageError { invalidStoredSecrets, unableToSave };
 using SecretsError = std::variant<StorageError, KeychainError>;
 [[nodiscard]] std::string description(const SecretsError& error);
 
+/// The secrets that a keychain or preferences hold as these bytes; fails unless they are usable.
+[[nodiscard]] std::expected<InstallationSecrets, SecretsError> decodedSecrets(ByteView bytes);
+
 /// Loads the secrets, migrates older copies, or creates them: stored before they are used, read back before they count.
 struct InstallationSecretStorage {
   UserDefaults& defaults;

@@ -3,13 +3,10 @@
 #include <fmt/format.h>
 
 namespace tallyfox {
-namespace {
 
-KeychainItem item(const std::string& account, bool useDataProtectionKeychain) {
+KeychainItem MacKeychainStore::item(const std::string& account, bool useDataProtectionKeychain) {
   return {.service = "com.tallyfox.agent", .account = account, .useDataProtectionKeychain = useDataProtectionKeychain};
 }
-
-}  // namespace
 
 bool MacKeychainStore::set(ByteView data, const std::string& account, bool useDataProtectionKeychain) {
   const KeychainItem target = item(account, useDataProtectionKeychain);

@@ -14,6 +14,10 @@ namespace tallyfox {
 /// thread.
 class MacKeychainStore {
  public:
+  /// The account under which the installation's secrets are kept.
+  static constexpr const char* secretsAccount = "installation-secrets-v1";
+  [[nodiscard]] static KeychainItem item(const std::string& account, bool useDataProtectionKeychain);
+
   MacKeychainStore(Keychain& keychain, Console& console) : keychain_(keychain), console_(console) {}
   [[nodiscard]] bool set(ByteView data, const std::string& account, bool useDataProtectionKeychain);
   [[nodiscard]] std::expected<std::optional<Bytes>, KeychainError> readData(const std::string& account);

@@ -8,7 +8,7 @@
 namespace tallyfox {
 namespace {
 
-constexpr const char* keychainAccount = "installation-secrets-v1";
+constexpr const char* keychainAccount = MacKeychainStore::secretsAccount;
 constexpr const char* resourceName = "RelayConfig";
 
 /// The newer variable wins even when it is empty.

@@ -13,17 +13,6 @@ namespace {
 
 using Kind = RelayRegistrationError::Kind;
 
-/// The address of the token resource of a pairing; absent when none can be formed.
-std::optional<std::string> registrationURL(const RelayLaunchConfiguration& configuration) {
-  const auto base = backendBaseURL(configuration.relayURL);
-  auto url = base ? Url::parsed(*base) : std::nullopt;
-  if (!url || !url->host) return std::nullopt;
-  url->path = "/api/pairings/" + configuration.pairingID + "/relay-token";
-  auto text = url->text();
-  // A pairing ID with characters of its own meaning in an address would name another resource.
-  return text && Url::parsed(*text) == url ? text : std::nullopt;
-}
-
 std::expected<void, RelayRegistrationError> outcome(const std::expected<HttpResponse, TransportError>& response) {
   if (!response) return std::unexpected(RelayRegistrationError{Kind::transport, 0, response.error().description});
   const int status = response->status;
@@ -50,10 +39,20 @@ std::string RelayRegistrationError::description() const {
   return {};
 }
 
+std::optional<std::string> relayTokenURL(const RelayLaunchConfiguration& configuration) {
+  const auto base = backendBaseURL(configuration.relayURL);
+  auto url = base ? Url::parsed(*base) : std::nullopt;
+  if (!url || !url->host) return std::nullopt;
+  url->path = "/api/pairings/" + configuration.pairingID + "/relay-token";
+  auto text = url->text();
+  // A pairing ID with characters of its own meaning in an address would name another resource.
+  return text && Url::parsed(*text) == url ? text : std::nullopt;
+}
+
 std::unique_ptr<HttpExchange> registerRelayAuthToken(
     HttpClient& http, const RelayLaunchConfiguration& configuration, const std::string& relaySecret,
     std::function<void(std::expected<void, RelayRegistrationError>)> completion) {
-  const auto url = registrationURL(configuration);
+  const auto url = relayTokenURL(configuration);
   if (!url) {
     completion(std::unexpected(RelayRegistrationError{Kind::invalidRelayURL, 0, {}}));
     return nullptr;

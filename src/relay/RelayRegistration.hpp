@@ -3,6 +3,7 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "model/RelayLaunchConfiguration.hpp"
@@ -18,6 +19,9 @@ struct RelayRegistrationError {
   bool operator==(const RelayRegistrationError&) const = default;
   [[nodiscard]] std::string description() const;
 };
+
+/// The address of a pairing's token at the relay; absent when none can be formed.
+[[nodiscard]] std::optional<std::string> relayTokenURL(const RelayLaunchConfiguration& configuration);
 
 /// Registers the installation's relay token for its pairing. Completes once, on the HTTP client's thread, or (for an
 /// address that is no address) before returning; destroying the exchange abandons it.

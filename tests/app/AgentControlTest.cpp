@@ -52,8 +52,11 @@ class AgentControlTest : public testing::Test {
   AgentWorld world;
   TestPhone phone{world};
   AppDelegate agent{world.platform(), world.interface};
-  AgentControl control{
-      {.agent = agent, .mainQueue = *world.mainQueue, .clock = world.time.clock(), .environment = world.environment}};
+  AgentControl control{{.agent = agent,
+                        .mainQueue = *world.mainQueue,
+                        .clock = world.time.clock(),
+                        .environment = world.environment,
+                        .version = "1.2.3"}};
 };
 
 TEST_F(AgentControlTest, tellsTheStatusToPeopleAndPrograms) {
@@ -65,6 +68,7 @@ TEST_F(AgentControlTest, tellsTheStatusToPeopleAndPrograms) {
   ASSERT_TRUE(answer.status.has_value());
   EXPECT_EQ((*answer.status)["relayConnected"], true);
   EXPECT_EQ((*answer.status)["hasPairingCode"], true);
+  EXPECT_EQ((*answer.status)["agentVersion"], "1.2.3");
 }
 
 TEST_F(AgentControlTest, tellsNoSecret) {

@@ -30,6 +30,8 @@ TEST(CommandLine, isReadInEveryForm) {
       {{"pause", "tomorrow"}, {Purpose::askAgent, {ControlCommand::pause, Length::untilTomorrow}, false}},
       {{"pause", "forever"}, {Purpose::askAgent, {ControlCommand::pause, Length::indefinitely}, false}},
       {{"resume"}, {Purpose::askAgent, {ControlCommand::resume, {}}, false}},
+      {{"doctor"}, {Purpose::examine, {}, false}},
+      {{"doctor", "--json"}, {Purpose::examine, {}, true}},
       {{"quit"}, {Purpose::askAgent, {ControlCommand::quit, {}}, false}},
   };
   for (const auto& [arguments, expected] : cases)
@@ -49,6 +51,8 @@ TEST(CommandLine, saysInOneLineWhatIsWrong) {
       {{"status", "json"}, "There is no argument \"json\" of this command."},
       {{"resume", "now"}, "There is no argument \"now\" of this command."},
       {{"quit", "--json"}, "There is no argument \"--json\" of this command."},
+      {{"doctor", "json"}, "There is no argument \"json\" of this command."},
+      {{"doctor", "--json", "all"}, "There is one argument too many: \"all\"."},
       {{"--version", "2"}, "There is one argument too many: \"2\"."},
       {{"status", "--json", "all"}, "There is one argument too many: \"all\"."},
   };
@@ -57,7 +61,8 @@ TEST(CommandLine, saysInOneLineWhatIsWrong) {
 }
 
 TEST(CommandLine, explainsEveryCommandAndLength) {
-  for (const std::string word : {"status ", "status --json ", "pause ", "resume ", "quit ", "--help ", "--version "})
+  for (const std::string word : {"status ", "status --json ", "pause ", "resume ", "quit ", "doctor ", "doctor --json ",
+                                 "--help ", "--version "})
     EXPECT_THAT(usageText(), HasSubstr("\n  " + word)) << "one line each";
   for (const std::string length : {"2h", "4h", "tomorrow", "forever"}) {
     EXPECT_THAT(usageText(), HasSubstr(length));

@@ -13,12 +13,13 @@ std::string quoted(const std::string& argument) {
 
 /// Applies the one argument that a command may have; gives what is wrong with it.
 std::optional<std::string> apply(const std::string& argument, CommandLine& commandLine) {
+  const bool asksAgent = commandLine.purpose == CommandLine::Purpose::askAgent;
   const ControlCommand command = commandLine.request.command;
-  if (command == ControlCommand::status && argument == "--json") {
+  if ((!asksAgent || command == ControlCommand::status) && argument == "--json") {
     commandLine.json = true;
     return std::nullopt;
   }
-  if (command == ControlCommand::pause && !argument.starts_with('-')) {
+  if (asksAgent && command == ControlCommand::pause && !argument.starts_with('-')) {
     const auto length = pauseLengthNamed(argument);
     if (!length) return "A pause lasts 2h, 4h, until tomorrow or forever; there is no pause " + quoted(argument) + ".";
     commandLine.request.pauseLength = *length;
@@ -40,6 +41,8 @@ std::expected<CommandLine, std::string> CommandLine::parsed(const std::vector<st
   const std::string& first = arguments.front();
   if (first == "--version") {
     result.purpose = Purpose::showVersion;
+  } else if (first == "doctor") {
+    result.purpose = Purpose::examine;
   } else if (const auto command = controlCommandNamed(first)) {
     result.purpose = Purpose::askAgent;
     result.request.command = *command;
@@ -66,10 +69,15 @@ Without a command the agent starts. The commands talk to the agent that runs:
   resume            end the pause
   quit              end the agent, and wait until it has ended
 
+These need no agent:
+
+  doctor            look for what keeps Tallyfox from working: the desktop, the relay, the keyring and more
+  doctor --json     show it as one JSON object, for programs
+
   --help            show this text
   --version         show the version
 
-Exit status: 0 done, 1 no agent runs or it could not do it, 2 wrong usage.
+Exit status: 0 done, 1 no agent runs, it could not do it, or the doctor found a problem, 2 wrong usage.
 )";
 }
 

@@ -19,6 +19,8 @@ class X11Connection {
   [[nodiscard]] xcb_connection_t* get() const { return connection_.get(); }
   [[nodiscard]] bool isAlive() const { return connection_ && xcb_connection_has_error(connection_.get()) == 0; }
   [[nodiscard]] xcb_window_t root() const { return root_; }
+  /// The number of the screen that `root` is of.
+  [[nodiscard]] int screen() const { return screen_; }
   [[nodiscard]] xcb_atom_t atom(X11Atom atom) const { return atoms_[atom]; }
   /// Whether the server can tell which process a client is.
   [[nodiscard]] bool tellsClientProcesses() const { return tellsClientProcesses_; }

@@ -13,6 +13,7 @@
 #include "app/AgentConfiguration.hpp"
 #include "app/AgentControl.hpp"
 #include "app/AppDelegate.hpp"
+#include "app/PairingExamination.hpp"
 #include "platform/linux/AccessibilitySwitch.hpp"
 #include "platform/linux/AgentCommand.hpp"
 #include "platform/linux/AtspiEventSource.hpp"
@@ -31,6 +32,7 @@
 #include "platform/linux/LinuxAccessibilityObservers.hpp"
 #include "platform/linux/LinuxApplications.hpp"
 #include "platform/linux/LinuxClock.hpp"
+#include "platform/linux/LinuxExamination.hpp"
 #include "platform/linux/LinuxKeychain.hpp"
 #include "platform/linux/LinuxWindowList.hpp"
 #include "platform/linux/MainEventLoop.hpp"
@@ -45,6 +47,8 @@
 #include "platform/linux/X11Desktop.hpp"
 #include "platform/linux/X11EventSource.hpp"
 #include "platform/linux/XTestInput.hpp"
+#include "system/InstallLocation.hpp"
+#include "ui/DoctorReport.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -189,8 +193,11 @@ int run() {
                      .settings = services.accessibilitySwitch,
                      .terminateApplication = [&services] { services.mainLoop.quit(); }},
                     interface);
-  AgentControl control(
-      {.agent = agent, .mainQueue = services.mainLoop, .clock = services.clock, .environment = services.environment});
+  AgentControl control({.agent = agent,
+                        .mainQueue = services.mainLoop,
+                        .clock = services.clock,
+                        .environment = services.environment,
+                        .version = TALLYFOX_VERSION});
   std::unique_ptr<ControlServer> controlServer;
   const auto signals = services.mainLoop.watchTerminationSignals([&agent] { agent.quit(); });
   services.mainLoop.post([&agent] { agent.applicationDidFinishLaunching(); });
@@ -201,6 +208,36 @@ int run() {
   controlServer.reset();
   agent.applicationWillTerminate();
   return 0;
+}
+
+/// Looks at everything the agent needs and prints what was found; gives the exit status.
+int examine(bool json) {
+  ProcessEnvironment environment;
+  const ExaminedPlaces places = ExaminedPlaces::from(environment);
+  const UserDirectories& directories = places.directories;
+  StandardOutputConsole console(STDERR_FILENO);
+  FileUserDefaults defaults(directories.configHome, console);
+  SecretServiceKeychain secretService(places.sessionBusAddress);
+  FileKeychain fileKeychain(directories.dataHome);
+  LinuxKeychain keychain(secretService, fileKeychain);
+  InstalledBundle bundle(InstalledBundle::runningExecutable(), directories.home);
+
+  const ExaminedRelay relay = examinedRelay(environment, bundle, defaults, keychain);
+  LinuxExamination examination(places, relay.health);
+  const ExaminedIdentity identity = examinedIdentity(keychain, relay);
+  if (identity.registration) examination.askRegistration(*identity.registration);
+  DoctorFacts facts = examination.facts();
+  facts.relaySetting = relay.setting;
+  facts.identity = identity.identity;
+  facts.loginItem = AutostartEntry(directories.configHome, bundle.path()).status();
+  facts.executable = bundle.path();
+  facts.isApplicationBundle = bundle.isApplicationBundle();
+  facts.isInApplications = isRunningFromApplications(bundle);
+  facts.ownVersion = TALLYFOX_VERSION;
+
+  const auto report = doctorReport(facts);
+  fmt::print("{}", json ? jsonText(doctorJson(report)) + "\n" : doctorText(report));
+  return hasProblem(report) ? exit_status::failed : exit_status::done;
 }
 
 }  // namespace
@@ -225,6 +262,8 @@ int main(int argc, char** argv) {
       ProcessEnvironment environment;
       return askAgent(*commandLine, UserDirectories::from(environment));
     }
+    case CommandLine::Purpose::examine:
+      return examine(commandLine->json);
     case CommandLine::Purpose::runAgent:
       return run();
   }
