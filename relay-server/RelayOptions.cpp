@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <boost/asio/ip/address.hpp>
 #include <charconv>
 #include <optional>
@@ -32,11 +33,37 @@ std::optional<ListenAddress> parsedListenAddress(std::string_view text) {
   return result;
 }
 
+RelayOptions asking(RelayOptions::Purpose purpose) {
+  RelayOptions options;
+  options.purpose = purpose;
+  return options;
+}
+
 }  // namespace
+
+std::string helpText() {
+  return R"(Usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY
+
+Carries sealed messages between Tallyfox agents and their phones. It speaks plain HTTP and WebSocket: listen on
+loopback, behind a proxy that ends TLS.
+
+  --listen ADDRESS:PORT    the IP address and port to listen on, such as 127.0.0.1:8080 or [::1]:8080; port 0 takes
+                           any free one
+  --data DIRECTORY         where the pairings are kept; created when it is missing
+
+  --help                   show this text
+  --version                show the version
+
+Exit status: 0 ended by SIGTERM or SIGINT, 1 it could not start or failed, 2 wrong usage.
+)";
+}
 
 std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const char* const> arguments) {
   std::optional<std::string_view> listen;
   std::optional<std::string_view> data;
+  const auto asks = [&](std::string_view name) { return std::ranges::find(arguments, name) != arguments.end(); };
+  if (asks("--help") || asks("-h")) return asking(Purpose::showHelp);
+  if (arguments.size() == 1 && asks("--version")) return asking(Purpose::showVersion);
   for (std::size_t index = 0; index < arguments.size(); index += 2) {
     const std::string_view name = arguments[index];
     std::optional<std::string_view>* value = name == "--listen" ? &listen : name == "--data" ? &data : nullptr;
@@ -51,7 +78,8 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
   if (!address) {
     return std::unexpected(fmt::format("{} is not an address and port such as 127.0.0.1:8080; {}", *listen, usageText));
   }
-  return RelayOptions{.address = std::move(address->address), .port = address->port, .dataDirectory = *data};
+  return RelayOptions{
+      .purpose = Purpose::serve, .address = std::move(address->address), .port = address->port, .dataDirectory = *data};
 }
 
 }  // namespace tallyfox::server

@@ -11,8 +11,14 @@ namespace tallyfox::server {
 
 inline constexpr std::string_view usageText = "usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY";
 
+/// The whole help, as --help prints it.
+[[nodiscard]] std::string helpText();
+
 /// The command line.
 struct RelayOptions {
+  enum class Purpose { serve, showHelp, showVersion };
+
+  Purpose purpose = Purpose::serve;
   std::string address;     ///< an IP address literal, IPv6 without brackets
   std::uint16_t port = 0;  ///< 0 takes any free port
   std::filesystem::path dataDirectory;

@@ -43,6 +43,14 @@ int run(std::span<const char* const> arguments) {
     printLine(stderr, options.error());
     return exitUsage;
   }
+  if (options->purpose == RelayOptions::Purpose::showHelp) {
+    fmt::print("{}", helpText());
+    return 0;
+  }
+  if (options->purpose == RelayOptions::Purpose::showVersion) {
+    fmt::print("tallyfox-relay {}\n", TALLYFOX_VERSION);
+    return 0;
+  }
   StandardErrorConsole console;
   const auto server = RelayServer::open(*options, RelayLimits{}, console);
   if (!server) {

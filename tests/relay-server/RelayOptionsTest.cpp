@@ -15,7 +15,8 @@ auto parsed(std::vector<const char*> arguments) {
 }
 
 TEST(RelayOptions, takesAnAddressAPortAndADirectoryInAnyOrder) {
-  const RelayOptions expected{.address = "127.0.0.1", .port = 8080, .dataDirectory = "/var/lib/relay"};
+  const RelayOptions expected{
+      .purpose = RelayOptions::Purpose::serve, .address = "127.0.0.1", .port = 8080, .dataDirectory = "/var/lib/relay"};
   EXPECT_EQ(parsed({"--listen", "127.0.0.1:8080", "--data", "/var/lib/relay"}), expected);
   EXPECT_EQ(parsed({"--data", "/var/lib/relay", "--listen", "127.0.0.1:8080"}), expected);
 }
@@ -25,6 +26,19 @@ TEST(RelayOptions, takesAnIPv6AddressInBracketsAndPortZero) {
   ASSERT_TRUE(options) << options.error();
   EXPECT_EQ(options->address, "::1");
   EXPECT_EQ(options->port, 0);
+}
+
+TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
+  EXPECT_EQ(parsed({"--help"})->purpose, RelayOptions::Purpose::showHelp);
+  EXPECT_EQ(parsed({"-h"})->purpose, RelayOptions::Purpose::showHelp);
+  EXPECT_EQ(parsed({"--listen", "--help"})->purpose, RelayOptions::Purpose::showHelp);
+  EXPECT_EQ(parsed({"--version"})->purpose, RelayOptions::Purpose::showVersion);
+  EXPECT_FALSE(parsed({"--version", "--data"}));
+}
+
+TEST(RelayOptions, explainEachOption) {
+  for (const std::string word : {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--help ", "--version "})
+    EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
 TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {

@@ -117,6 +117,15 @@ TEST(RelayProgram, exitsWithTwoAndOneLineForABadCommandLine) {
   EXPECT_EQ(relay.ended(), 2);
 }
 
+TEST(RelayProgram, showsHelpAndVersion) {
+  RelayProcess help({"--help"});
+  EXPECT_THAT(help.output.line(), StartsWith("Usage: tallyfox-relay "));
+  EXPECT_EQ(help.ended(), 0);
+  RelayProcess version({"--version"});
+  EXPECT_THAT(version.output.line(), ::testing::MatchesRegex("tallyfox-relay [0-9]+\\.[0-9]+\\.[0-9]+"));
+  EXPECT_EQ(version.ended(), 0);
+}
+
 TEST(RelayProgram, exitsWithOneAndOneLineWhenItCannotStart) {
   const TemporaryDirectory directory;
   const auto noDirectory = directory.path() / "file";
