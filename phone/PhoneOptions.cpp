@@ -94,6 +94,8 @@ Answers a computer's approval dialogs from the command line.
 
   --json                       one JSON object a line
   --timeout SECONDS            how long to wait (30; watch: for ever)
+  --help                       show this text
+  --version                    show the version
 
 ID is an approval's identifier or the beginning of it. Exit status: 0 done or accepted, 1 error, 2 wrong usage,
 3 failed, 4 not found, 5 needs direct access to the computer, 6 the computer is offline.
