@@ -3,6 +3,10 @@ add_library(tallyfox_flags INTERFACE)
 target_compile_options(tallyfox_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> -fno-omit-frame-pointer)
+# What users run is hardened, and names no folder of the machine that built it.
+target_compile_options(tallyfox_flags INTERFACE
+  $<$<CONFIG:Release>:-fstack-protector-strong> $<$<CONFIG:Release>:-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=>)
+target_link_options(tallyfox_flags INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
 target_compile_definitions(tallyfox_flags INTERFACE
   BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION
   $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
