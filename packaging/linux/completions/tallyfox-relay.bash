@@ -1,0 +1,16 @@
+# bash completion for tallyfox-relay
+
+_tallyfox_relay() {
+  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  COMPREPLY=()
+  case $previous in
+    --data)
+      compopt -o filenames
+      mapfile -t COMPREPLY < <(compgen -d -- "$word")
+      ;;
+    --listen) ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "--listen --data --help --version" -- "$word") ;;
+  esac
+}
+
+complete -F _tallyfox_relay tallyfox-relay

@@ -1,0 +1,6 @@
+# fish completion for tallyfox-relay
+complete -c tallyfox-relay -f
+complete -c tallyfox-relay -l listen -x -d 'The address and port to listen on'
+complete -c tallyfox-relay -l data -x -a '(__fish_complete_directories)' -d 'Where the pairings are kept'
+complete -c tallyfox-relay -l help -d 'Show the options'
+complete -c tallyfox-relay -l version -d 'Show the version'
