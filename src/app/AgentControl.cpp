@@ -33,6 +33,9 @@ ControlAnswer AgentControl::carriedOut(const ControlRequest& request) {
   switch (request.command) {
     case ControlCommand::status:
       return status();
+    case ControlCommand::show:
+      dependencies_.agent.applicationShouldHandleReopen(false);
+      return {.ok = true, .text = "Tallyfox shows its window.", .status = std::nullopt};
     case ControlCommand::pause:
       dependencies_.agent.pauseNotifications(request.pauseLength);
       return alerts();

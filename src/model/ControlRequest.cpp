@@ -11,8 +11,9 @@
 namespace tallyfox {
 namespace {
 
-constexpr std::array<std::pair<std::string_view, ControlCommand>, 4> commands = {{
+constexpr std::array<std::pair<std::string_view, ControlCommand>, 5> commands = {{
     {"status", ControlCommand::status},
+    {"show", ControlCommand::show},
     {"pause", ControlCommand::pause},
     {"resume", ControlCommand::resume},
     {"quit", ControlCommand::quit},

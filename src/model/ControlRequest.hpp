@@ -11,7 +11,7 @@
 namespace tallyfox {
 
 /// What the owner asks a running agent to do.
-enum class ControlCommand { status, pause, resume, quit };
+enum class ControlCommand { status, show, pause, resume, quit };
 
 /// The words for the commands, on the command line and between it and the agent.
 [[nodiscard]] std::optional<ControlCommand> controlCommandNamed(std::string_view word);

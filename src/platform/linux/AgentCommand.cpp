@@ -31,6 +31,14 @@ std::expected<ControlAnswer, DecodingError> parsedAnswer(std::string_view text) 
 
 }  // namespace
 
+bool showRunningAgent(const UserDirectories& directories) {
+  auto client = ControlClient::connected(directories, patience);
+  if (!client) return false;
+  const auto line = client->ask(jsonText(ControlRequest{.command = ControlCommand::show}.json()));
+  const auto answer = line ? parsedAnswer(*line) : std::unexpected(DecodingError{});
+  return answer && answer->ok;
+}
+
 int askAgent(const CommandLine& commandLine, const UserDirectories& directories) {
   auto client = ControlClient::connected(directories, patience);
   if (!client) return failure(client.error());

@@ -1,5 +1,7 @@
 #include "platform/linux/AtspiSession.hpp"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -49,6 +51,8 @@ void AtspiSession::beginQuestion() {
 }
 
 std::vector<AtspiReference> AtspiSession::rootsOf(std::int32_t processIdentifier) {
+  // A question to oneself waits for the thread that asks it.
+  if (processIdentifier == ::getpid()) return {};
   AtspiBus* connection = bus();
   if (connection == nullptr) return {};
   const std::vector<AtspiReference>& roots = directory_.rootsOf(processIdentifier, *connection);

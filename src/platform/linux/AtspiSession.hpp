@@ -38,6 +38,7 @@ class AtspiSession {
 
   /// To be called where a question from outside begins.
   void beginQuestion();
+  /// Never any of this process.
   [[nodiscard]] std::vector<AtspiReference> rootsOf(std::int32_t processIdentifier);
   [[nodiscard]] std::int32_t processOf(const std::string& busName);
   void setTimeout(std::int32_t processIdentifier, std::chrono::microseconds timeout);

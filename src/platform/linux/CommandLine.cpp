@@ -65,6 +65,7 @@ Without a command the agent starts. The commands talk to the agent that runs:
 
   status            show what the status window shows
   status --json     show it as one JSON object, for programs
+  show              bring the status window forward, as starting Tallyfox again does
   pause [LENGTH]    pause alerts: 2h (the default), 4h, tomorrow (until 9 in the morning) or forever
   resume            end the pause
   quit              end the agent, and wait until it has ended

@@ -21,6 +21,8 @@ class InstalledBundle : public ApplicationBundle {
   bool isApplicationBundle() override { return isInstalled_; }
   /// A desktop entry says nothing of the kind.
   std::optional<std::string> informationValue(const std::string& /*key*/) override { return std::nullopt; }
+  /// The folder of the application's own files.
+  [[nodiscard]] const std::filesystem::path& resources() const { return resources_; }
   /// The executable.
   std::string path() override;
   /// /usr, /opt and ~/.local.

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <QApplication>
+
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -35,7 +37,6 @@
 #include "platform/linux/LinuxExamination.hpp"
 #include "platform/linux/LinuxKeychain.hpp"
 #include "platform/linux/LinuxWindowList.hpp"
-#include "platform/linux/MainEventLoop.hpp"
 #include "platform/linux/NetworkThread.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
 #include "platform/linux/SecretServiceKeychain.hpp"
@@ -47,32 +48,32 @@
 #include "platform/linux/X11Desktop.hpp"
 #include "platform/linux/X11EventSource.hpp"
 #include "platform/linux/XTestInput.hpp"
+#include "platform/linux/window/QtInterface.hpp"
+#include "platform/linux/window/QtMainLoop.hpp"
 #include "system/InstallLocation.hpp"
 #include "ui/DoctorReport.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
 
-/// An agent without a window: it only keeps the count.
-class ConsoleInterface : public AgentInterface {
- public:
-  void configureMenus() override {}
-  void enableCheckForUpdates(bool /*enabled*/) override {}
-  void showStatusWindow() override {}
-  void refreshStatusWindow() override {}
-  void showPendingCount(std::int64_t count) override { pendingCount_ = count; }
-
- private:
-  std::int64_t pendingCount_ = 0;
+/// The agent's application object for Qt.
+struct Application {
+  explicit Application(char** argumentValues) : application(count, argumentValues) {
+    QApplication::setApplicationName(QStringLiteral("tallyfox"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Tallyfox"));
+    QApplication::setDesktopFileName(QStringLiteral("com.tallyfox.agent"));
+  }
+  int count = 1;  // its own arguments are none of Qt's
+  QApplication application;
 };
 
-/// What needs no display.
+/// What needs no connection to the display.
 struct Services {
   ProcessEnvironment environment;
   StandardOutputConsole console;
   LinuxClock clock;
   UserDirectories directories = UserDirectories::from(environment);
-  MainEventLoop mainLoop;
+  QtMainLoop mainLoop;
   SecretServiceKeychain secretService{sessionBusAddress(environment)};
   FileKeychain fileKeychain{directories.dataHome};
   LinuxKeychain keychain{secretService, fileKeychain};
@@ -158,55 +159,87 @@ std::unique_ptr<ControlServer> openedControlServer(Services& services, AgentCont
   return std::move(*server);
 }
 
-int run() {
-  Services services;
-  auto x11 = X11Desktop::open(services.environment.value("DISPLAY"));
+/// What the status window and the menus ask of the agent.
+InterfaceActions actionsOf(std::unique_ptr<AppDelegate>& agent, Services& services) {
+  return {.snapshot = [&agent] { return agent->currentStatusSnapshot(); },
+          .context =
+              [&agent, &services] {
+                return StatusWindowContext{.now = services.clock.now(),
+                                           .timeZoneIdentifier = services.environment.timeZoneIdentifier(),
+                                           .pairingResetInProgress = agent->pairingResetInProgress(),
+                                           .credentialError = agent->credentialError()};
+              },
+          .onEnableLoginItem = [&agent] { agent->enableLoginItem(); },
+          .onUnpairPhone = [&agent] { agent->unpairPhoneFromStatusWindow(); },
+          .onCheckForUpdates = [&agent] { agent->checkForUpdates(); },
+          .onPauseNotifications = [&agent](NotificationPauseOption option) { agent->pauseNotifications(option); },
+          .onResumeNotifications = [&agent] { agent->resumeNotifications(); },
+          .openAccessibilitySettings = [&agent] { agent->requestPermissions(); },
+          .quit = [&agent] { agent->quit(); }};
+}
+
+int run(char** arguments) {
+  ProcessEnvironment environment;
+  // Starting the agent again is how its owner asks for its window.
+  if (showRunningAgent(UserDirectories::from(environment))) {
+    fmt::print("Tallyfox is running already; it shows its window.\n");
+    return exit_status::done;
+  }
+  auto x11 = X11Desktop::open(environment.value("DISPLAY"));
   if (!x11) {
     fmt::print(stderr, "Tallyfox cannot open the display: {}\n", x11.error());
     return exit_status::failed;
   }
+  const Application application(arguments);
+  Services services;
   Desktop desktop(std::move(*x11), services);
   Workers workers(services);
   const SleepWatcher sleepWatcher(systemBusAddress(services.environment), services.mainLoop,
                                   [&workers] { workers.webSockets.demandProofOfLife(); });
-  ConsoleInterface interface;
-  AppDelegate agent({.mainQueue = services.mainLoop,
-                     .scanQueue = workers.scanQueue,
-                     .makeQueue = [](const std::string& label) { return std::make_shared<ThreadQueue>(label); },
-                     .clock = services.clock,
-                     .console = services.console,
-                     .environment = services.environment,
-                     .accessibility = desktop.accessibility,
-                     .accessibilityElements = desktop.accessibility,
-                     .accessibilityObservers = desktop.observers,
-                     .applications = desktop.applications,
-                     .windowList = desktop.windowList,
-                     .syntheticInput = desktop.input,
-                     .webSockets = workers.webSockets,
-                     .http = workers.http,
-                     .keychain = services.keychain,
-                     .defaults = services.defaults,
-                     .bundle = services.bundle,
-                     .instanceLock = services.instanceLock,
-                     .notifications = workers.notifications,
-                     .loginItemService = services.loginItem,
-                     .settings = services.accessibilitySwitch,
-                     .terminateApplication = [&services] { services.mainLoop.quit(); }},
-                    interface);
-  AgentControl control({.agent = agent,
+  std::unique_ptr<AppDelegate> agent;
+  QtInterface interface({.version = TALLYFOX_VERSION,
+                         .sessionBusAddress = "",
+                         .translations = services.bundle.resources() / "translations"},
+                        actionsOf(agent, services), services.mainLoop);
+  agent = std::make_unique<AppDelegate>(
+      AgentPlatform{.mainQueue = services.mainLoop,
+                    .scanQueue = workers.scanQueue,
+                    .makeQueue = [](const std::string& label) { return std::make_shared<ThreadQueue>(label); },
+                    .clock = services.clock,
+                    .console = services.console,
+                    .environment = services.environment,
+                    .accessibility = desktop.accessibility,
+                    .accessibilityElements = desktop.accessibility,
+                    .accessibilityObservers = desktop.observers,
+                    .applications = desktop.applications,
+                    .windowList = desktop.windowList,
+                    .syntheticInput = desktop.input,
+                    .webSockets = workers.webSockets,
+                    .http = workers.http,
+                    .keychain = services.keychain,
+                    .defaults = services.defaults,
+                    .bundle = services.bundle,
+                    .instanceLock = services.instanceLock,
+                    .notifications = workers.notifications,
+                    .loginItemService = services.loginItem,
+                    .settings = services.accessibilitySwitch,
+                    .terminateApplication = [&services] { services.mainLoop.quit(); }},
+      interface);
+  AgentControl control({.agent = *agent,
                         .mainQueue = services.mainLoop,
                         .clock = services.clock,
                         .environment = services.environment,
                         .version = TALLYFOX_VERSION});
   std::unique_ptr<ControlServer> controlServer;
-  const auto signals = services.mainLoop.watchTerminationSignals([&agent] { agent.quit(); });
-  services.mainLoop.post([&agent] { agent.applicationDidFinishLaunching(); });
+  const auto signals = services.mainLoop.watchTerminationSignals([&agent] { agent->quit(); });
+  services.mainLoop.post([&agent] { agent->applicationDidFinishLaunching(); });
   // Not reached by an agent that finds another one running: its launch has ended it.
   services.mainLoop.post([&] { controlServer = openedControlServer(services, control); });
   services.mainLoop.run();
   // While this agent still holds the instance lock: no other one has a socket yet that this one could take away.
   controlServer.reset();
-  agent.applicationWillTerminate();
+  agent->applicationWillTerminate();
+  agent.reset();
   return 0;
 }
 
@@ -265,7 +298,7 @@ int main(int argc, char** argv) {
     case CommandLine::Purpose::examine:
       return examine(commandLine->json);
     case CommandLine::Purpose::runAgent:
-      return run();
+      return run(argv);
   }
   return exit_status::usage;
 }
