@@ -1,79 +1,17 @@
 // The painted menu-bar icon against its geometry: every point inside a shape is painted, every point outside all of
-// them is not, to within a pixel, at every scale. What is inside is worked out here by distances alone.
+// them is not, to within a pixel, at every scale.
 
 #include "platform/linux/window/TemplateImagePainter.hpp"
 
 #include <gtest/gtest.h>
 
 #include <QPainter>
-#include <algorithm>
 #include <cmath>
-#include <numbers>
+
+#include "ui/MenuBarIconGeometry.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
-
-struct At {
-  double x = 0;
-  double y = 0;  ///< upwards
-};
-
-double toSegment(At p, At a, At b) {
-  const double dx = b.x - a.x;
-  const double dy = b.y - a.y;
-  const double t = std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / (dx * dx + dy * dy), 0.0, 1.0);
-  return std::hypot(p.x - a.x - t * dx, p.y - a.y - t * dy);
-}
-
-/// Of a line with flat ends, as a signed distance to its outline.
-double toFlatLine(At p, At a, At b, double width) {
-  const double length = std::hypot(b.x - a.x, b.y - a.y);
-  const double along = ((p.x - a.x) * (b.x - a.x) + (p.y - a.y) * (b.y - a.y)) / length;
-  const double across = std::abs((p.x - a.x) * (b.y - a.y) - (p.y - a.y) * (b.x - a.x)) / length;
-  return std::max({-along, along - length, across - width / 2});
-}
-
-double toScreen(At p) {
-  constexpr double radius = 2.2;
-  const double dx = std::abs(p.x - 7.75) - (6.25 - radius);
-  const double dy = std::abs(p.y - 9.25) - (4.75 - radius);
-  const double distance = std::hypot(std::max(dx, 0.0), std::max(dy, 0.0)) + std::min(std::max(dx, dy), 0.0) - radius;
-  return std::abs(distance) - 1.05;
-}
-
-double toStand(At p) {
-  return std::min({toFlatLine(p, {6.5, 4.5}, {5.5, 2.3}, 1.8), toFlatLine(p, {9.0, 4.5}, {10.0, 2.3}, 1.8),
-                   toFlatLine(p, {4.5, 2.2}, {11.1, 2.2}, 1.8)});
-}
-
-double toRing(At p) {
-  return std::abs(std::hypot(p.x - 14.5, p.y - 11.6) - 3.3) - 0.9;
-}
-
-double toTick(At p) {
-  return std::min(toSegment(p, {13.0, 11.6}, {14.4, 10.2}), toSegment(p, {14.4, 10.2}, {16.2, 12.7})) - 0.9;
-}
-
-double toSignal(At p) {
-  const auto onArc = [](double degrees) {
-    const double angle = degrees * std::numbers::pi / 180;
-    return At{17.3 + 3 * std::cos(angle), 11.7 + 3 * std::sin(angle)};
-  };
-  const double angle = std::atan2(p.y - 11.7, p.x - 17.3) * 180 / std::numbers::pi;
-  if (angle >= -18 && angle <= 45) return std::abs(std::hypot(p.x - 17.3, p.y - 11.7) - 3) - 0.85;
-  const auto toEnd = [&](At end) { return std::hypot(p.x - end.x, p.y - end.y) - 0.85; };
-  return std::min(toEnd(onArc(-18)), toEnd(onArc(45)));
-}
-
-double toDot(At p) {
-  return std::hypot(p.x - 24.6, p.y - 13.4) - 4.1;
-}
-
-/// Negative inside what is to be painted.
-double distanceToIcon(At p, bool hasDot) {
-  const double drawing = std::min({toScreen(p), toStand(p), toRing(p), toTick(p), toSignal(p)});
-  return hasDot ? std::min(drawing, toDot(p)) : drawing;
-}
 
 /// The number of pixels that are surely in or surely out, all of them checked.
 int expectGeometry(const QImage& image, double scale, bool hasDot) {
@@ -81,8 +19,8 @@ int expectGeometry(const QImage& image, double scale, bool hasDot) {
   int wrong = 0;
   for (int row = 0; row < image.height(); ++row) {
     for (int column = 0; column < image.width(); ++column) {
-      const At centre{(column + 0.5) / scale, 18 - (row + 0.5) / scale};
-      const double distanceInPixels = distanceToIcon(centre, hasDot) * scale;
+      const drawing::Point centre{(column + 0.5) / scale, 18 - (row + 0.5) / scale};
+      const double distanceInPixels = distanceToMenuBarIcon(centre, hasDot) * scale;
       if (std::abs(distanceInPixels) < 1) continue;
       ++judged;
       const int expected = distanceInPixels < 0 ? 255 : 0;
