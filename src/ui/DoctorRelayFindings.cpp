@@ -18,11 +18,10 @@ constexpr std::chrono::days renewalNotice{14};
 
 /// The address as far as it holds no secret: an owner may have put a password before the host or a token behind it.
 std::string shownAddress(const Url& url) {
-  Url shown = url;
-  shown.user.reset();
-  shown.query.reset();
-  shown.fragment.reset();
-  return shown.text().value_or("an address");
+  return Url{
+      .scheme = url.scheme, .user = {}, .host = url.host, .port = url.port, .path = {}, .query = {}, .fragment = {}}
+      .text()
+      .value_or("an address");
 }
 
 std::string day(Date date) {
@@ -166,12 +165,15 @@ DoctorFinding keyringFinding(const DoctorFacts& facts) {
   if ((holdsInKeyring || holdsInFile) && !identity.isUsable)
     return finding(Verdict::problem, "The stored pairing credentials could not be read.",
                    "Delete them from the keyring and pair anew.");
-  const std::string place =
-      hasKeyring ? "The desktop's keyring is unlocked" : "There is no desktop keyring; a private file serves";
-  if (!holdsInKeyring && !holdsInFile) return finding(Verdict::ok, place + "; it holds no credentials yet.", "");
-  const bool movesLater = hasKeyring && holdsInFile;
-  return finding(Verdict::ok,
-                 place + (movesLater ? "; the credentials lie in a private file." : " and holds the credentials."), "");
+  if (!hasKeyring)
+    return finding(Verdict::ok,
+                   fmt::format("There is no desktop keyring; a private file {} the credentials.",
+                               holdsInFile ? "holds" : "will hold"),
+                   "");
+  const char* const content = holdsInKeyring ? " and holds the credentials."
+                              : holdsInFile  ? "; the credentials lie in a private file."
+                                             : " and holds no credentials yet.";
+  return finding(Verdict::ok, std::string("The desktop's keyring is unlocked") + content, "");
 }
 
 }  // namespace tallyfox::doctor

@@ -97,6 +97,19 @@ TEST_F(AppDelegateTest, keepsChecksForUpdatesDisabledWithoutUpdates) {
   EXPECT_EQ(world.updater.starts, 0);
 }
 
+TEST(AppDelegate, keepsChecksForUpdatesDisabledOnASystemWithoutAnUpdater) {
+  AgentWorld world;
+  world.bundle.information = {{"SUFeedURL", "https://updates.example.com/feed"}, {"SUPublicEDKey", "key"}};
+  AgentPlatform platform = world.platform();
+  platform.updater = nullptr;
+  AppDelegate agent(platform, world.interface);
+  agent.applicationDidFinishLaunching();
+  EXPECT_EQ(world.interface.checkForUpdatesEnabled, false);
+  agent.checkForUpdates();
+  EXPECT_EQ(world.interface.checkForUpdatesEnabled, false);
+  EXPECT_FALSE(agent.currentStatusSnapshot().updateAvailability.isUpdateAvailable);
+}
+
 TEST(AppDelegate, looksForUpdatesWhereTheyAreConfigured) {
   AgentWorld world;
   world.bundle.information = {{"SUFeedURL", "https://updates.example.com/feed"}, {"SUPublicEDKey", "key"}};

@@ -186,6 +186,11 @@ std::vector<std::string> X11TestClient::awaitInput(std::size_t count, Seconds at
   return input;
 }
 
+void X11TestClient::ownSelection(const std::string& selection, xcb_window_t window) {
+  xcb_set_selection_owner(connection_.get(), window, atom(selection), XCB_CURRENT_TIME);
+  synchronize();
+}
+
 void X11TestClient::grabKeyboard(xcb_window_t window) {
   const auto reply = owned(xcb_grab_keyboard_reply(
       connection_.get(),

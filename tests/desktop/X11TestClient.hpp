@@ -67,6 +67,8 @@ class X11TestClient {
   /// What came until `count` entries were there, or the time was up.
   [[nodiscard]] std::vector<std::string> awaitInput(std::size_t count, Seconds atMost = Seconds(5));
 
+  /// As a tray or a clipboard does.
+  void ownSelection(const std::string& selection, xcb_window_t window);
   void grabKeyboard(xcb_window_t window);
   void grabPointer(xcb_window_t window);
   void releaseGrabs();

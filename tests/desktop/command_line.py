@@ -81,7 +81,8 @@ class CommandLine(unittest.TestCase):
             self.assertEqual((1, "", "tallyfox: No agent is running.\n"), self.tallyfox(*command), command)
 
     def test_wrong_usage(self):
-        for arguments in (["stop"], ["--json"], ["pause", "3h"], ["quit", "now"], ["status", "--json", "x"]):
+        for arguments in (["stop"], ["--json"], ["pause", "3h"], ["quit", "now"], ["status", "--json", "x"],
+                          ["doctor", "all"], ["doctor", "--json", "x"]):
             status, output, errors = self.tallyfox(*arguments)
             self.assertEqual((2, ""), (status, output), arguments)
             self.assertRegex(errors, r"\Atallyfox: [^\n]+ See tallyfox --help\.\n\Z")
@@ -129,6 +130,67 @@ class CommandLine(unittest.TestCase):
         self.assertFalse(self.socket.exists())
         self.assertEqual(0, agent.process.wait(0.5), "quit returns when the agent has ended")
         self.assertIsNone(dialog.poll(), "the dialog is nobody's business but its own")
+
+    CHECKS = ["Accessibility", "Accessibility bus", "Display", "Synthetic input", "Relay address", "Relay host",
+              "Registration", "Clock", "Keyring", "Notifications", "Tray", "Login item", "Install location",
+              "Running agent"]
+
+    def files(self):
+        """Every file and folder of the user, with what would change were it touched."""
+        return {str(path): (path.lstat().st_mode, path.lstat().st_mtime_ns) for path in self.desktop.home.rglob("*")}
+
+    def doctor(self, expected, **changes):
+        """What the doctor finds, by the name of the check; it ends with this status and leaves everything as it is."""
+        before = self.files()
+        status, text, errors = self.tallyfox("doctor", **changes)
+        self.assertEqual((expected, ""), (status, errors), text)
+        findings = [(line[:7].strip(), line[9:26].strip(), line[28:]) for line in text.splitlines()]
+        self.assertEqual(self.CHECKS, [check for _, check, _ in findings])
+        status, output, errors = self.tallyfox("doctor", "--json", **changes)
+        self.assertEqual((expected, ""), (status, errors), output)
+        report = json.loads(output)
+        self.assertEqual((1, expected == 0), (report["version"], report["ok"]))
+        self.assertEqual(findings, [(each["verdict"], each["check"], " ".join([each["found"], each.get("advice", "")])
+                                     .strip()) for each in report["findings"]])
+        self.assertEqual(before, self.files())
+        return {check: (verdict, rest) for verdict, check, rest in findings}
+
+    def test_doctor_where_nothing_is_set_up(self):
+        found = self.doctor(1, DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/bus")
+        self.assertEqual(("problem", "It cannot be reached: no session bus (No such file or directory). "
+                          "Run this in the desktop session."), found["Accessibility"])
+        self.assertEqual("problem", found["Display"][0])
+        self.assertEqual("No relay is configured.", found["Relay address"][1][:23])
+        self.assertEqual(("warning", "No agent is running. Start Tallyfox."), found["Running agent"])
+        self.assertEqual("ok", found["Install location"][0])
+        self.assertFalse(self.socket.parent.exists() and self.socket.exists())
+
+    def test_doctor_beside_a_working_agent(self):
+        relay = Relay(self.programs, self.desktop, self.root / "doctor-relay")
+        agent = Agent(self.desktop, relay)
+        self.addCleanup(processes.end, agent.process)
+        here = {"DISPLAY": self.desktop.environment["DISPLAY"], "TALLYFOX_PAIRING_ID": "demo",
+                "TALLYFOX_RELAY_URL": f"ws://kim:pass@127.0.0.1:{relay.port}/agent?token=hidden"}
+        found = self.doctor(0, **here)
+        self.assertEqual({"Notifications", "Tray"}, {check for check, (sign, _) in found.items() if sign != "ok"})
+        self.assertEqual("Openbox manages the windows.", found["Display"][1])
+        self.assertEqual(f"ws://127.0.0.1:{relay.port}, from the environment.", found["Relay address"][1])
+        self.assertEqual("The relay knows this computer.", found["Registration"][1])
+        self.assertEqual("It agrees with the relay's.", found["Clock"][1])
+        self.assertRegex(found["Running agent"][1], r"\AVersion \d+\.\d+\.\d+ runs, connected to the relay\.\Z")
+        told = json.dumps(found)
+        secrets = [value for name, value in json.loads(agent.pairing_code(relay)).items()
+                   if name in ("pairingID", "relaySecret", "e2eSecret")]
+        for secret in [*secrets, "pass", "hidden"]:
+            self.assertNotIn(secret, told)
+        self.assertTrue(json.loads(self.done("status", "--json"))["relayConnected"], "nobody took its place")
+
+        without = self.doctor(0, **dict(here, TALLYFOX_RELAY_URL=None, TALLYFOX_PAIRING_ID=None))
+        self.assertEqual("The running agent has a relay, but none is configured here.",
+                         without["Relay address"][1].split(" Run ")[0])
+        relay.kill()
+        found = self.doctor(1, **here)
+        self.assertRegex(found["Relay host"][1], r"\A127\.0\.0\.1:\d+: Connection refused\. ")
 
     def test_the_socket_is_private(self):
         self.start_agent()

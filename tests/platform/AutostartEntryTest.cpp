@@ -23,13 +23,17 @@ class AutostartEntryTest : public testing::Test {
     writeFile(executable, "");
     fs::permissions(executable, fs::perms::owner_all);
   }
-  [[nodiscard]] AutostartEntry entry() const { return {(folder / "config").string(), executable.string()}; }
+  [[nodiscard]] AutostartEntry entry() const {
+    return {(folder / "config").string(), executable.string(), desktopNames,
+            ProgramLauncher((folder / "bin").string())};
+  }
   [[nodiscard]] fs::path file() const { return folder / "config/autostart/com.tallyfox.agent.desktop"; }
   void write(const std::string& text) { writeFile(file(), text); }
   [[nodiscard]] std::string exec() const { return "Exec=\"" + executable.string() + "\"\n"; }
 
   TemporaryFolder folder;
   fs::path executable;
+  std::vector<std::string> desktopNames = {"ubuntu", "GNOME"};
 };
 
 TEST_F(AutostartEntryTest, writesAnEntryThatStartsThisExecutable) {
@@ -67,6 +71,56 @@ TEST_F(AutostartEntryTest, readsWhatTheOwnerDecided) {
     write(text);
     EXPECT_EQ(entry().status(), status) << text;
   }
+}
+
+TEST_F(AutostartEntryTest, heedsForWhichDesktopsItIs) {
+  const std::vector<std::pair<std::string, Status>> cases = {
+      {"OnlyShowIn=GNOME;", Status::enabled},
+      {"OnlyShowIn=KDE;ubuntu", Status::enabled},
+      {"OnlyShowIn=KDE;XFCE;", Status::requiresApproval},
+      {"OnlyShowIn=", Status::requiresApproval},
+      {"OnlyShowIn=gnome;", Status::requiresApproval},
+      {"NotShowIn=KDE;", Status::enabled},
+      {"NotShowIn=", Status::enabled},
+      {"NotShowIn=KDE;GNOME;", Status::requiresApproval},
+      {"OnlyShowIn=ubuntu;\nNotShowIn=GNOME;", Status::enabled},
+  };
+  for (const auto& [line, status] : cases) {
+    write("[Desktop Entry]\n" + exec() + line + "\n");
+    EXPECT_EQ(entry().status(), status) << line;
+  }
+  write("[Desktop Entry]\n" + exec() + "OnlyShowIn=KDE;\n");
+  const std::string kept = fileText(file());
+  EXPECT_TRUE(entry().registerItem().has_value());
+  EXPECT_EQ(fileText(file()), kept) << "the owner has kept it from this desktop";
+  desktopNames = {};
+  EXPECT_EQ(entry().status(), Status::requiresApproval);
+  write("[Desktop Entry]\n" + exec() + "NotShowIn=KDE;\n");
+  EXPECT_EQ(entry().status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, needsTheProgramThatItTriesFirst) {
+  const std::vector<std::pair<std::string, Status>> cases = {
+      {executable.string(), Status::enabled},
+      {"tallyfox", Status::enabled},
+      {"/nonexistent/tallyfox", Status::notFound},
+      {"other", Status::notFound},
+      {"", Status::enabled},
+  };
+  for (const auto& [program, status] : cases) {
+    write("[Desktop Entry]\nTryExec=" + program + "\n" + exec());
+    EXPECT_EQ(entry().status(), status) << program;
+  }
+  write("[Desktop Entry]\nTryExec=other\n" + exec());
+  EXPECT_TRUE(entry().registerItem().has_value());
+  EXPECT_EQ(entry().status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, leavesAnEntryOfAnotherProgramThatTheOwnerSwitchedOff) {
+  write("[Desktop Entry]\nHidden=true\nExec=\"/opt/old/tallyfox\"\n");
+  EXPECT_EQ(entry().status(), Status::requiresApproval);
+  write("[Desktop Entry]\nOnlyShowIn=KDE;\nExec=\"/opt/old/tallyfox\"\n");
+  EXPECT_EQ(entry().status(), Status::notRegistered) << "says nothing of this executable";
 }
 
 TEST_F(AutostartEntryTest, doesNotSwitchOnWhatTheOwnerSwitchedOff) {

@@ -115,6 +115,9 @@ TEST(DesktopFileEntry, readsTheMainGroupOnly) {
             (DesktopFileEntry{.isHidden = true, .startupClass = ""}));
   EXPECT_EQ(parsedDesktopFile("[Desktop Entry]\nExec = \"/a b/c\" %u \nX-GNOME-Autostart-enabled=false\n"),
             (DesktopFileEntry{.isAutostartEnabled = false, .exec = "\"/a b/c\" %u"}));
+  EXPECT_EQ(parsedDesktopFile("[Desktop Entry]\nTryExec=a\nOnlyShowIn=GNOME; KDE;\nNotShowIn=;XFCE\n"),
+            (DesktopFileEntry{
+                .tryExec = "a", .onlyShowIn = std::vector<std::string>{"GNOME", "KDE"}, .notShowIn = {"XFCE"}}));
   EXPECT_EQ(parsedDesktopFile("StartupWMClass=Alpha\n"), std::nullopt);
   EXPECT_EQ(parsedDesktopFile(""), std::nullopt);
   EXPECT_EQ(parsedDesktopFile("[Desktop Entry]\nStartupWMClass=\xFF\n"),

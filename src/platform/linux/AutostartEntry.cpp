@@ -38,8 +38,12 @@ std::string execValue(const std::string& executable) {
 
 }  // namespace
 
-AutostartEntry::AutostartEntry(std::string configHome, std::string executable)
-    : folder_(std::move(configHome) + "/autostart"), executable_(std::move(executable)) {}
+AutostartEntry::AutostartEntry(std::string configHome, std::string executable, std::vector<std::string> desktopNames,
+                               ProgramLauncher launcher)
+    : folder_(std::move(configHome) + "/autostart"),
+      executable_(std::move(executable)),
+      desktopNames_(std::move(desktopNames)),
+      launcher_(std::move(launcher)) {}
 
 LoginItemServiceStatus AutostartEntry::status() {
   const auto folder = PrivateDirectory::open(folder_, false);
@@ -52,7 +56,15 @@ LoginItemServiceStatus AutostartEntry::status() {
   const auto entry = parsedDesktopFile(textOf(*content)).value_or(DesktopFileEntry{});
   if (entry.isHidden || !entry.isAutostartEnabled) return LoginItemServiceStatus::requiresApproval;
   if (entry.exec != execValue(executable_)) return LoginItemServiceStatus::notRegistered;
-  return ::access(executable_.c_str(), X_OK) == 0 ? LoginItemServiceStatus::enabled : LoginItemServiceStatus::notFound;
+  if (!isShownIn(entry, desktopNames_)) return LoginItemServiceStatus::requiresApproval;
+  const bool canStart = ::access(executable_.c_str(), X_OK) == 0 && isProgram(entry.tryExec);
+  return canStart ? LoginItemServiceStatus::enabled : LoginItemServiceStatus::notFound;
+}
+
+bool AutostartEntry::isProgram(const std::string& tryExec) const {
+  if (tryExec.empty()) return true;
+  if (tryExec.starts_with('/')) return ::access(tryExec.c_str(), X_OK) == 0;
+  return launcher_.pathOf(tryExec).has_value();
 }
 
 std::expected<void, std::string> AutostartEntry::registerItem() {

@@ -44,6 +44,17 @@ std::filesystem::file_time_type modificationTime(const std::filesystem::path& fo
   return error ? std::filesystem::file_time_type::min() : time;
 }
 
+/// The parts between semicolons, empty ones left out.
+std::vector<std::string> listed(std::string_view value) {
+  std::vector<std::string> parts;
+  while (!value.empty()) {
+    const std::size_t end = std::min(value.find(';'), value.size());
+    if (end > 0) parts.push_back(trimmed(value.substr(0, end)));
+    value.remove_prefix(std::min(end + 1, value.size()));
+  }
+  return parts;
+}
+
 }  // namespace
 
 DesktopFiles::DesktopFiles(const std::vector<std::filesystem::path>& dataDirectories) {
@@ -110,6 +121,14 @@ void DesktopFiles::readFile(const std::filesystem::path& file, const std::string
   if (!entry->startupClass.empty()) byStartupClass_.emplace(lowercased(entry->startupClass), identifier);
 }
 
+bool isShownIn(const DesktopFileEntry& entry, const std::vector<std::string>& desktopNames) {
+  for (const std::string& name : desktopNames) {
+    if (entry.onlyShowIn && std::ranges::find(*entry.onlyShowIn, name) != entry.onlyShowIn->end()) return true;
+    if (std::ranges::find(entry.notShowIn, name) != entry.notShowIn.end()) return false;
+  }
+  return !entry.onlyShowIn;
+}
+
 std::optional<DesktopFileEntry> parsedDesktopFile(std::string_view text) {
   DesktopFileEntry entry;
   bool hasGroup = false;
@@ -131,6 +150,9 @@ std::optional<DesktopFileEntry> parsedDesktopFile(std::string_view text) {
     if (key == "X-GNOME-Autostart-enabled") entry.isAutostartEnabled = value != "false";
     if (key == "StartupWMClass") entry.startupClass = repairedUtf8(value);
     if (key == "Exec") entry.exec = value;
+    if (key == "TryExec") entry.tryExec = value;
+    if (key == "OnlyShowIn") entry.onlyShowIn = listed(value);
+    if (key == "NotShowIn") entry.notShowIn = listed(value);
   }
   if (!hasGroup) return std::nullopt;
   return entry;

@@ -53,10 +53,15 @@ struct DesktopFileEntry {
   bool isHidden = false;           ///< the owner deleted it
   bool isAutostartEnabled = true;  ///< of an entry that is started at login
   std::string startupClass = {};
-  std::string exec = {};  ///< the command line as it is written
+  std::string exec = {};     ///< the command line as it is written
+  std::string tryExec = {};  ///< the program without which the entry does not count; empty for none
+  std::optional<std::vector<std::string>> onlyShowIn = {};  ///< the desktops that it is for
+  std::vector<std::string> notShowIn = {};                  ///< the desktops that it is not for
   bool operator==(const DesktopFileEntry&) const = default;
 };
 /// Absent when the text has no "Desktop Entry" group.
 [[nodiscard]] std::optional<DesktopFileEntry> parsedDesktopFile(std::string_view text);
+/// Whether a desktop of these names regards the entry; the first name that the entry mentions decides.
+[[nodiscard]] bool isShownIn(const DesktopFileEntry& entry, const std::vector<std::string>& desktopNames);
 
 }  // namespace tallyfox::linux_os

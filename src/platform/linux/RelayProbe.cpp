@@ -126,7 +126,7 @@ DoctorFacts::RelayHost probedRelay(const HttpRequest& request, const ProxySettin
   NetworkCore core(proxies);
   DoctorFacts::RelayHost seen{.host = address->hostHeader, .isSecure = address->isSecure};
   const NetworkRoute route{*address, core.proxies.proxyFor(*address)};
-  if (route.proxy && *route.proxy) seen.proxy = (*route.proxy)->address.hostHeader;
+  if (route.proxy && *route.proxy) seen.proxy = (*route.proxy)->address.host + ":" + (*route.proxy)->address.port;
   PlainStream plain(core.context);
   auto message = messageOf(request, *address);
   if (!address->isSecure)

@@ -16,7 +16,6 @@
 #include "app/AgentControl.hpp"
 #include "app/AppDelegate.hpp"
 #include "app/PairingExamination.hpp"
-#include "platform/linux/AccessibilitySwitch.hpp"
 #include "platform/linux/AgentCommand.hpp"
 #include "platform/linux/AtspiEventSource.hpp"
 #include "platform/linux/AutostartEntry.hpp"
@@ -25,7 +24,9 @@
 #include "platform/linux/CommandLine.hpp"
 #include "platform/linux/ControlServer.hpp"
 #include "platform/linux/ControlSocket.hpp"
+#include "platform/linux/CurrentDesktop.hpp"
 #include "platform/linux/DesktopNotifications.hpp"
+#include "platform/linux/DesktopSettings.hpp"
 #include "platform/linux/FileKeychain.hpp"
 #include "platform/linux/FileUserDefaults.hpp"
 #include "platform/linux/FlockInstanceLock.hpp"
@@ -39,6 +40,7 @@
 #include "platform/linux/LinuxWindowList.hpp"
 #include "platform/linux/NetworkThread.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
+#include "platform/linux/ProgramLauncher.hpp"
 #include "platform/linux/SecretServiceKeychain.hpp"
 #include "platform/linux/SleepWatcher.hpp"
 #include "platform/linux/StandardOutputConsole.hpp"
@@ -79,8 +81,10 @@ struct Services {
   LinuxKeychain keychain{secretService, fileKeychain};
   FileUserDefaults defaults{directories.configHome, console};
   InstalledBundle bundle{InstalledBundle::runningExecutable(), directories.home};
-  AutostartEntry loginItem{directories.configHome, bundle.path()};
-  AccessibilitySwitch accessibilitySwitch;
+  std::vector<std::string> desktopNames = currentDesktopNames(environment);
+  ProgramLauncher launcher{environment.value("PATH").value_or("")};
+  AutostartEntry loginItem{directories.configHome, bundle.path(), desktopNames, launcher};
+  DesktopSettings settings{desktopNames, launcher};
   FlockInstanceLock instanceLock{directories.temporary};
 };
 
@@ -222,7 +226,7 @@ int run(char** arguments) {
                     .instanceLock = services.instanceLock,
                     .notifications = workers.notifications,
                     .loginItemService = services.loginItem,
-                    .settings = services.accessibilitySwitch,
+                    .settings = services.settings,
                     .terminateApplication = [&services] { services.mainLoop.quit(); }},
       interface);
   AgentControl control({.agent = *agent,
@@ -262,7 +266,9 @@ int examine(bool json) {
   DoctorFacts facts = examination.facts();
   facts.relaySetting = relay.setting;
   facts.identity = identity.identity;
-  facts.loginItem = AutostartEntry(directories.configHome, bundle.path()).status();
+  facts.loginItem = AutostartEntry(directories.configHome, bundle.path(), currentDesktopNames(environment),
+                                   ProgramLauncher(environment.value("PATH").value_or("")))
+                        .status();
   facts.executable = bundle.path();
   facts.isApplicationBundle = bundle.isApplicationBundle();
   facts.isInApplications = isRunningFromApplications(bundle);

@@ -139,7 +139,8 @@ class AutostartBackend {
 
  private:
   TemporaryFolder folder_;
-  linux_os::AutostartEntry service_{(folder_ / "config").string(), (folder_ / "tallyfox").string()};
+  linux_os::AutostartEntry service_{
+      (folder_ / "config").string(), (folder_ / "tallyfox").string(), {}, linux_os::ProgramLauncher("")};
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, LoginItemServiceContract, AutostartBackend);
 
