@@ -219,13 +219,34 @@ class CommandLine(unittest.TestCase):
     def test_a_newer_agent_that_replaces_an_older_one(self):
         older = self.start_agent()
         self.wait_for_agent()
+        older.send_signal(19)  # SIGSTOP: it does not answer
         other = self.root / "other-temporary"
         other.mkdir(exist_ok=True)
         newer = self.start_agent(TMPDIR=str(other))  # finds no lock, so that it need not end itself
+        self.assertTrue(newer.lines.wait(lambda line: line.startswith("Unable to register relay token: ")))
+        older.send_signal(18)
         self.assertEqual(0, older.wait(10), "it was asked to end")
         self.wait_for_agent()
         self.done("quit")
         self.assertEqual(0, newer.wait(0.5))
+
+    def test_starting_the_agent_again_brings_its_window_forward(self):
+        agent = self.start_agent()
+        self.wait_for_agent()
+        self.wait_until(lambda: self.windows("Tallyfox"), "no window came up")
+        self.desktop.act("search", "--onlyvisible", "--name", "^Tallyfox$", "windowminimize", "%@")
+        self.wait_until(lambda: not self.windows("Tallyfox"), "the window was not minimised")
+        for again in ([], ["show"]):
+            status, output, errors = self.tallyfox(*again)
+            self.assertEqual((0, ""), (status, errors), output)
+            self.wait_until(lambda: self.windows("Tallyfox"), "the window did not come back")
+        self.assertIsNone(agent.poll(), "the agent goes on")
+
+    def windows(self, title):
+        """The windows of that title that are to be seen now."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"], text=True,
+                               env=self.desktop.environment, capture_output=True)
+        return found.stdout.split()
 
     def test_a_second_agent_leaves_the_socket_of_the_first(self):
         first = self.start_agent()
@@ -244,7 +265,7 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(0o600, stat.S_IMODE((folder / "control.socket").stat().st_mode))
 
     def test_an_agent_that_can_make_no_socket(self):
-        agent = self.start_agent(XDG_RUNTIME_DIR=str(self.root / "missing"))
+        agent = self.start_agent(XDG_RUNTIME_DIR=str(self.root / "missing/deeper"))
         hit = agent.lines.wait(lambda line: "take commands" in line)
         self.assertEqual("Unable to take commands: No such file or directory.", hit[1])
         self.assertTrue(agent.lines.wait(lambda line: line.startswith("Unable to register relay token: ")))

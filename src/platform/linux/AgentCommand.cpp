@@ -13,6 +13,8 @@ namespace {
 
 /// Longer than an agent presses a button, and than it takes to end.
 constexpr Seconds patience{10.0};
+/// An owner who starts an agent beside one that hangs waits for this.
+constexpr Seconds summonsPatience{2.0};
 
 int failure(std::string_view sentence) {
   fmt::print(stderr, "tallyfox: {}\n", sentence);
@@ -32,7 +34,7 @@ std::expected<ControlAnswer, DecodingError> parsedAnswer(std::string_view text) 
 }  // namespace
 
 bool showRunningAgent(const UserDirectories& directories) {
-  auto client = ControlClient::connected(directories, patience);
+  auto client = ControlClient::connected(directories, summonsPatience);
   if (!client) return false;
   const auto line = client->ask(jsonText(ControlRequest{.command = ControlCommand::show}.json()));
   const auto answer = line ? parsedAnswer(*line) : std::unexpected(DecodingError{});
