@@ -1,6 +1,7 @@
 #include "platform/linux/DesktopSettings.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <utility>
 
