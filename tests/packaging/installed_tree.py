@@ -109,6 +109,7 @@ class InstalledTree(unittest.TestCase):
                                 ("tallyfox --v", "tallyfox --version"),
                                 ("tallyfox pause t", "tallyfox pause tomorrow"),
                                 ("tallyfox status --", "tallyfox status --json"),
+                                ("tallyfox d", "tallyfox doctor"),
                                 ("tallyfox quit ", "tallyfox quit"),
                                 ("tallyfox-phone unp", "tallyfox-phone unpair"),
                                 ("tallyfox-phone --t", "tallyfox-phone --timeout"),

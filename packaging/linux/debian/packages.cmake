@@ -35,8 +35,10 @@ This package has the agent and a phone for the command line.")
 # which the relay is known.
 set(agent_needs at-spi2-core "default-dbus-session-bus | dbus-session-bus" ca-certificates)
 list(JOIN agent_needs ", " CPACK_DEBIAN_AGENT_PACKAGE_DEPENDS)
-# Where credentials are kept better than in files, and where notices are shown.
-set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS "gnome-keyring | keepassxc, notification-daemon, hicolor-icon-theme")
+# Where credentials are kept better than in files, where notices are shown, where icons are looked up, and the tool that
+# keeps accessibility on for later logins.
+set(agent_gains "gnome-keyring | keepassxc" notification-daemon hicolor-icon-theme libglib2.0-bin)
+list(JOIN agent_gains ", " CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS)
 set(CPACK_DEBIAN_AGENT_PACKAGE_SUGGESTS tallyfox-relay)
 
 set(CPACK_DEBIAN_RELAY_PACKAGE_NAME tallyfox-relay)
