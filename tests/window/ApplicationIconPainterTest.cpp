@@ -54,6 +54,14 @@ TEST(ApplicationIconPainter, paintsTheLayersInTheirOrder) {
   expectNear(colorAt(image, tick.x, 64 - tick.y), app_brand::successPill, 1);
 }
 
+TEST(ApplicationWindowIcon, isDrawnAnewForEverySizeThatIsShown) {
+  const QIcon icon = applicationWindowIcon();
+  for (const int pixels : {16, 24, 32, 48, 64, 128})
+    EXPECT_EQ(icon.pixmap(pixels, pixels).toImage().convertToFormat(QImage::Format_ARGB32),
+              renderedApplicationIcon(applicationIcon(pixels), pixels).convertToFormat(QImage::Format_ARGB32))
+        << pixels;
+}
+
 TEST(ApplicationIconFiles, areThereInEverySize) {
   for (const int pixels : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
     const QImage image(iconFolder + QString("%1x%1/apps/com.tallyfox.agent.png").arg(pixels));

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QImage>
 #include <QPainter>
 #include <cmath>
 
@@ -12,6 +13,17 @@
 
 namespace tallyfox::linux_os {
 namespace {
+
+/// On a transparent ground, at so many pixels to the point, rounded up to whole pixels at the right and at the bottom.
+QImage renderedTemplateImage(const TemplateImage& image, const QColor& color, double pixelsPerPoint) {
+  const auto pixels = [&](double points) { return static_cast<int>(std::ceil(points * pixelsPerPoint)); };
+  QImage rendered(pixels(image.width), pixels(image.height), QImage::Format_ARGB32_Premultiplied);
+  rendered.setDevicePixelRatio(pixelsPerPoint);
+  rendered.fill(Qt::transparent);
+  QPainter painter(&rendered);
+  drawTemplateImage(painter, image, color);
+  return rendered;
+}
 
 /// The number of pixels that are surely in or surely out, all of them checked.
 int expectGeometry(const QImage& image, double scale, bool hasDot) {
@@ -35,7 +47,6 @@ int expectGeometry(const QImage& image, double scale, bool hasDot) {
 TEST(TemplateImagePainter, paintsWhatIsInsideAStrokeAndNothingElse) {
   for (const std::int64_t count : {0, 1, 57}) {
     const QImage image = renderedTemplateImage(menuBarIcon(count), Qt::black, 8);
-    EXPECT_EQ(image.size(), QSize(count == 0 ? 176 : 240, 144));
     EXPECT_GT(expectGeometry(image, 8, count > 0), 15'000) << count;
   }
 }
@@ -43,9 +54,6 @@ TEST(TemplateImagePainter, paintsWhatIsInsideAStrokeAndNothingElse) {
 TEST(TemplateImagePainter, isAsExactAtScalesThatAreNoWholeNumber) {
   for (const double scale : {1.0, 1.25, 1.5, 2.0, 3.7}) {
     const QImage image = renderedTemplateImage(menuBarIcon(1), Qt::black, scale);
-    EXPECT_EQ(image.width(), static_cast<int>(std::ceil(30 * scale)));
-    EXPECT_EQ(image.height(), static_cast<int>(std::ceil(18 * scale)));
-    EXPECT_EQ(image.devicePixelRatio(), scale);
     EXPECT_GT(expectGeometry(image, scale, true), 20 * scale) << scale;
   }
 }
@@ -97,18 +105,6 @@ TEST(TemplateImagePainter, paintsAtThePaintersOriginAndLeavesThePainterAsItWas) 
   painter.end();
   QImage plain = renderedTemplateImage(icon, Qt::black, 1);
   EXPECT_EQ(shifted.copy(40, 20, 30, 18), plain);
-}
-
-TEST(TemplateImageIcon, isSharpAtEveryUsualDevicePixelRatio) {
-  const TemplateImage image = menuBarIcon(0);
-  const QIcon icon = templateIcon(image, Qt::black);
-  for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
-    const QPixmap pixmap = icon.pixmap(QSize(22, 18), ratio);
-    // Nothing is scaled: the pixels are those of the drawing at that ratio.
-    EXPECT_EQ(pixmap.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied),
-              renderedTemplateImage(image, Qt::black, ratio))
-        << ratio;
-  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QLinearGradient>
 #include <QPainter>
+#include <QPixmap>
 
 #include "platform/linux/window/TemplateImagePainter.hpp"
 
@@ -23,6 +24,13 @@ QImage renderedApplicationIcon(const ApplicationIcon& icon, int pixels) {
   for (const IconLayer& layer : icon.layers)
     drawTemplateImage(painter, layer.image, qtColor(layer.color));
   return image;
+}
+
+QIcon applicationWindowIcon() {
+  QIcon icon;
+  for (const int pixels : {16, 24, 32, 48, 64, 128})
+    icon.addPixmap(QPixmap::fromImage(renderedApplicationIcon(applicationIcon(pixels), pixels)));
+  return icon;
 }
 
 }  // namespace tallyfox::linux_os

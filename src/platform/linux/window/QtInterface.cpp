@@ -4,6 +4,7 @@
 #include <QLocale>
 #include <QStyleFactory>
 
+#include "platform/linux/window/ApplicationIconPainter.hpp"
 #include "platform/linux/window/WindowAccessibility.hpp"
 #include "platform/linux/window/WindowSummons.hpp"
 
@@ -25,6 +26,7 @@ QtInterface::QtInterface(Options options, InterfaceActions actions, SerialQueue&
   describeOwnWidgets();
   // The one style that takes all its colours from the palette.
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setWindowIcon(applicationWindowIcon());
   // The agent goes on without a window.
   QApplication::setQuitOnLastWindowClosed(false);
 }

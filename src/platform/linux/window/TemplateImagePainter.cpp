@@ -2,8 +2,6 @@
 
 #include <QPainter>
 #include <QPainterPath>
-#include <QPixmap>
-#include <cmath>
 #include <variant>
 
 namespace tallyfox::linux_os {
@@ -82,23 +80,6 @@ void drawTemplateImage(QPainter& painter, const TemplateImage& image, const QCol
   for (const drawing::Command& command : image.commands)
     std::visit(CommandPainter{.painter = painter, .color = color}, command);
   painter.restore();
-}
-
-QImage renderedTemplateImage(const TemplateImage& image, const QColor& color, double pixelsPerPoint) {
-  const auto pixels = [&](double points) { return static_cast<int>(std::ceil(points * pixelsPerPoint)); };
-  QImage rendered(pixels(image.width), pixels(image.height), QImage::Format_ARGB32_Premultiplied);
-  rendered.setDevicePixelRatio(pixelsPerPoint);
-  rendered.fill(Qt::transparent);
-  QPainter painter(&rendered);
-  drawTemplateImage(painter, image, color);
-  return rendered;
-}
-
-QIcon templateIcon(const TemplateImage& image, const QColor& color) {
-  QIcon icon;
-  for (const double ratio : {1.0, 1.25, 1.5, 2.0})
-    icon.addPixmap(QPixmap::fromImage(renderedTemplateImage(image, color, ratio)));
-  return icon;
 }
 
 }  // namespace tallyfox::linux_os
