@@ -28,6 +28,9 @@ bool paint(const tallyfox::StatusWindowModel& model, tallyfox::Appearance appear
       {.onAction = [](tallyfox::StatusWindowAction, QWidget&) {}, .onClosed = [] {}}, menu.entries());
   window->setAppearance(appearance);
   window->apply(model);
+  // As on a screen that has room for all of it.
+  const int width = static_cast<int>(tallyfox::status_window_layout::compactWidth);
+  window->resize(width, window->findChild<QScrollArea*>()->widget()->heightForWidth(width));
   window->show();
   QCoreApplication::processEvents();
   const bool isSaved = window->grab().save(QString::fromStdString(path));

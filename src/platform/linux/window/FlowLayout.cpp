@@ -6,9 +6,8 @@
 
 namespace tallyfox::linux_os {
 
-FlowLayout::FlowLayout(int spacing) {
+FlowLayout::FlowLayout(Gaps gaps) : gaps_(gaps) {
   setContentsMargins(0, 0, 0, 0);
-  setSpacing(spacing);
 }
 
 FlowLayout::~FlowLayout() = default;
@@ -50,17 +49,17 @@ QSize FlowLayout::sizeHint() const {
   int height = 0;
   for (const auto& item : items_) {
     if (item->isEmpty()) continue;
-    width += item->sizeHint().width() + (width > 0 ? spacing() : 0);
+    width += item->sizeHint().width() + (width > 0 ? gaps_.between : 0);
     height = std::max(height, item->sizeHint().height());
   }
-  return {width, height};
+  return height > 0 ? QSize(width - 2 * gaps_.overhang, height + gaps_.above) : QSize();
 }
 
 QSize FlowLayout::minimumSize() const {
   QSize size;
   for (const auto& item : items_)
     if (!item->isEmpty()) size = size.expandedTo(item->minimumSize());
-  return size;
+  return size.isEmpty() ? size : size + QSize(-2 * gaps_.overhang, gaps_.above);
 }
 
 void FlowLayout::setGeometry(const QRect& area) {
@@ -70,22 +69,23 @@ void FlowLayout::setGeometry(const QRect& area) {
 
 int FlowLayout::arrange(const QRect& area, bool isApplied) const {
   const Qt::LayoutDirection direction = parentWidget() != nullptr ? parentWidget()->layoutDirection() : Qt::LeftToRight;
+  const QRect place = area.adjusted(-gaps_.overhang, gaps_.above, gaps_.overhang, 0);
   int x = 0;
   int y = 0;
   int lineHeight = 0;
   for (const auto& item : items_) {
     if (item->isEmpty()) continue;
-    const QSize size(std::min(item->sizeHint().width(), area.width()), item->sizeHint().height());
-    if (x > 0 && x + size.width() > area.width()) {
+    const QSize size(std::min(item->sizeHint().width(), place.width()), item->sizeHint().height());
+    if (x > 0 && x + size.width() > place.width()) {
       x = 0;
-      y += lineHeight + spacing();
+      y += lineHeight + gaps_.between;
       lineHeight = 0;
     }
-    if (isApplied) item->setGeometry(QStyle::visualRect(direction, area, {area.topLeft() + QPoint(x, y), size}));
-    x += size.width() + spacing();
+    if (isApplied) item->setGeometry(QStyle::visualRect(direction, place, {place.topLeft() + QPoint(x, y), size}));
+    x += size.width() + gaps_.between;
     lineHeight = std::max(lineHeight, size.height());
   }
-  return y + lineHeight;
+  return lineHeight > 0 ? gaps_.above + y + lineHeight : 0;
 }
 
 }  // namespace tallyfox::linux_os

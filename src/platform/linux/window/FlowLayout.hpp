@@ -7,10 +7,15 @@
 namespace tallyfox::linux_os {
 
 /// Widgets side by side from the leading edge, each as wide as it wants to be, in further lines where one is too short.
-/// Hidden ones take no place.
+/// Hidden ones take no place, and without any the layout takes none.
 class FlowLayout : public QLayout {
  public:
-  explicit FlowLayout(int spacing);
+  struct Gaps {
+    int between = 0;
+    int above = 0;
+    int overhang = 0;  ///< so far the widgets stand out at both sides: room around what they show
+  };
+  explicit FlowLayout(Gaps gaps);
   ~FlowLayout() override;
 
   void addItem(QLayoutItem* item) override;
@@ -28,6 +33,7 @@ class FlowLayout : public QLayout {
   /// The height that the items take in an area this wide.
   int arrange(const QRect& area, bool isApplied) const;
 
+  Gaps gaps_;
   std::vector<std::unique_ptr<QLayoutItem>> items_;
 };
 

@@ -25,7 +25,7 @@ PairingCard::PairingCard(const ActionHandler& onAction)
       openSettings_(new ActionButton(onAction)),
       codeToggle_(new ActionButton(onAction)),
       unpair_(new ActionButton(onAction)) {
-  auto* buttons = new FlowLayout(textSpacing);
+  auto* buttons = new FlowLayout({.between = textSpacing, .above = textSpacing, .overhang = FocusRing::width});
   for (ActionButton* button : {openSettings_, codeToggle_, unpair_})
     buttons->addWidget(button);
   auto* column = new QVBoxLayout(this);

@@ -29,7 +29,7 @@ StatusRowCard::StatusRowCard(ActionHandler onAction)
   heading->setSpacing(padding);
   heading->addWidget(title_, 1);
   heading->addWidget(pill_, 0, Qt::AlignTop);
-  auto* buttons = new FlowLayout(textSpacing);
+  auto* buttons = new FlowLayout({.between = textSpacing, .above = textSpacing, .overhang = FocusRing::width});
   buttons->addWidget(button_);
   buttons->addWidget(secondaryButton_);
   auto* texts = new QVBoxLayout;
@@ -67,8 +67,9 @@ void StatusRowCard::paintEvent(QPaintEvent* event) {
   CardView::paintEvent(event);
   if (!model_) return;
   const int side = static_cast<int>(symbolSide);
-  // Beside the middle of the title's first line.
-  const int top = title_->y() + (title_->fontMetrics().height() - side) / 2;
+  // Beside the title's first line, which a taller pill may have pushed down.
+  const int titleTop = title_->y() + (title_->height() - title_->heightForWidth(title_->width())) / 2;
+  const int top = titleTop + (title_->fontMetrics().height() - side) / 2;
   const QRect place = QStyle::visualRect(layoutDirection(), rect(), {padding, top, side, side});
   QPainter painter(this);
   painter.translate(place.topLeft());

@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QWindow>
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -23,6 +24,20 @@ constexpr int leastHeight = 160;
 
 QSize wholeSize(const StatusWindowContentSize& size) {
   return {static_cast<int>(std::floor(size.width)), static_cast<int>(std::floor(size.height))};
+}
+
+/// Takes up at once what has changed in a widget and in all that it holds: Qt would do so when the event loop is back,
+/// and until then answer with the old sizes.
+void settleLayouts(QWidget& root) {
+  const QList<QWidget*> held = root.findChildren<QWidget*>();
+  const auto settle = [](QLayout* layout) {
+    if (layout == nullptr) return;
+    layout->invalidate();
+    layout->activate();
+  };
+  for (auto widget = held.crbegin(); widget != held.crend(); ++widget)
+    settle((*widget)->layout());
+  settle(root.layout());
 }
 
 QVBoxLayout* column() {
@@ -164,10 +179,17 @@ void StatusWindow::scrollBy(int steps, int step) {
   bar->setValue(bar->value() + steps * step);
 }
 
-double StatusWindow::contentHeight(StatusWindowLayout kind) {
-  setLayoutKind(kind);
-  const double width = kind == StatusWindowLayout::wide ? sizes::wideWidth : sizes::compactWidth;
-  return content_->layout()->totalHeightForWidth(static_cast<int>(width));
+double StatusWindow::contentHeight(StatusWindowLayout kind) const {
+  const bool isWide = kind == StatusWindowLayout::wide;
+  const QMargins margins = content_->layout()->contentsMargins();
+  const int width =
+      static_cast<int>(isWide ? sizes::wideWidth : sizes::compactWidth) - margins.left() - margins.right();
+  int height = margins.top() + header_->heightForWidth(width) + spacing + margins.bottom();
+  if (!update_->isHidden()) height += update_->heightForWidth(width) + spacing;
+  const int columnWidth = isWide ? (width - spacing) / 2 : width;
+  const int phone = columns_->itemAt(0)->heightForWidth(columnWidth);
+  const int rows = columns_->itemAt(1)->heightForWidth(columnWidth);
+  return height + (isWide ? std::max(phone, rows) : phone + spacing + rows);
 }
 
 void StatusWindow::setLayoutKind(StatusWindowLayout kind) {
@@ -179,13 +201,14 @@ void StatusWindow::setLayoutKind(StatusWindowLayout kind) {
 }
 
 void StatusWindow::fitToScreen() {
+  settleLayouts(*content_);
   const QSize visible = screen()->availableGeometry().size();
   const StatusWindowFit fit =
       statusWindowFit({.width = static_cast<double>(visible.width()), .height = static_cast<double>(visible.height())},
                       contentHeight(StatusWindowLayout::compact), contentHeight(StatusWindowLayout::wide));
-  setLayoutKind(fit.layout);
   // The owner's own size stays until the content wants another.
   if (fit == fit_) return;
+  if (!fit_ || fit_->layout != fit.layout) setLayoutKind(fit.layout);
   fit_ = fit;
   resize(wholeSize(fit.size));
 }

@@ -46,7 +46,7 @@ class StatusWindow : public QWidget {
   /// The layout and size that suit the present content and screen.
   void fitToScreen();
   void setLayoutKind(StatusWindowLayout kind);
-  [[nodiscard]] double contentHeight(StatusWindowLayout kind);
+  [[nodiscard]] double contentHeight(StatusWindowLayout kind) const;
   void scrollBy(int steps, int step);
 
   Callbacks callbacks_;

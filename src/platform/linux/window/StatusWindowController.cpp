@@ -79,17 +79,20 @@ void StatusWindowController::perform(StatusWindowAction action, QWidget& origin)
       toggleNotificationPause();
       break;
     case StatusWindowAction::showNotificationPauseOptions: {
-      auto* menu = new PauseMenu(origin, actions.snapshot().notificationPause.isPaused(),
-                                 lifetime_.guard([this](const PauseMenuChoice& choice) { choose(choice); }));
+      auto* menu =
+          new PauseMenu(origin, isPaused(), lifetime_.guard([this](const PauseMenuChoice& choice) { choose(choice); }));
       return menu->open();
     }
   }
   refresh();
 }
 
+bool StatusWindowController::isPaused() const {
+  return isPauseInForce(dependencies_.actions.snapshot().notificationPause, dependencies_.actions.context().now);
+}
+
 void StatusWindowController::toggleNotificationPause() {
-  const bool isPaused = dependencies_.actions.snapshot().notificationPause.isPaused();
-  choose({.pause = isPaused ? std::nullopt : std::optional(NotificationPauseOption::twoHours)});
+  choose({.pause = isPaused() ? std::nullopt : std::optional(NotificationPauseOption::twoHours)});
 }
 
 void StatusWindowController::choose(const PauseMenuChoice& choice) {

@@ -36,6 +36,7 @@ class StatusWindowController {
   void open();
   void onClosed();
   void perform(StatusWindowAction action, QWidget& origin);
+  [[nodiscard]] bool isPaused() const;
   void toggleNotificationPause();
   void choose(const PauseMenuChoice& choice);
 

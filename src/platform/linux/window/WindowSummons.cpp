@@ -52,10 +52,10 @@ void summon(QWidget& window) {
   window.raise();
   window.activateWindow();
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr) return;
+  xcb_connection_t* connection = x11 != nullptr ? x11->connection() : nullptr;
+  if (connection == nullptr) return;
   // The toolkit asks as a program would, whom window managers may keep in the background; the owner may not be.
   constexpr std::uint32_t fromOwner = 2;
-  xcb_connection_t* connection = x11->connection();
   const auto handle = static_cast<xcb_window_t>(window.winId());
   const xcb_window_t root = rootOf(connection, handle);
   request(connection, root, handle, "_NET_WM_DESKTOP", {presentWorkspace(connection, root), fromOwner});
