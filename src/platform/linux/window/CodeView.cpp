@@ -12,6 +12,7 @@
 namespace tallyfox::linux_os {
 namespace {
 
+constexpr int gap = 6;  ///< kept free above and below the white ground
 constexpr int side = static_cast<int>(status_window_layout::codeSide);
 
 /// Where colours change in a row or column lies on a border between modules, and rows and columns change often enough
@@ -65,7 +66,7 @@ int CodeView::pixelsPerModule() const {
 
 QSize CodeView::sizeHint() const {
   const int needed = static_cast<int>(std::ceil(pixelsPerModule() * modules_.width() / devicePixelRatioF()));
-  return {std::max(side, needed), std::max(side, needed)};
+  return {std::max(side, needed), std::max(side, needed) + 2 * gap};
 }
 
 QSize CodeView::minimumSizeHint() const {
@@ -83,7 +84,8 @@ void CodeView::paintEvent(QPaintEvent* /*event*/) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   painter.setBrush(Qt::white);
-  painter.drawRoundedRect(rect(), status_window_layout::cardCornerRadius, status_window_layout::cardCornerRadius);
+  painter.drawRoundedRect(rect().adjusted(0, gap, 0, -gap), status_window_layout::cardCornerRadius,
+                          status_window_layout::cardCornerRadius);
   // From here in modules, laid on whole device pixels.
   const QTransform device = painter.deviceTransform();
   const QPointF centre = device.map(QRectF(rect()).center());

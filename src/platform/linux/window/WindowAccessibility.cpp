@@ -5,15 +5,15 @@
 
 #include "platform/linux/window/CardView.hpp"
 #include "platform/linux/window/CodeView.hpp"
+#include "platform/linux/window/StatusWindow.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
 
 QAccessibleInterface* describe(const QString& /*className*/, QObject* object) {
-  if (auto* card = dynamic_cast<CardView*>(object))
-    return new QAccessibleWidget(card, QAccessible::Grouping, card->accessibleName());
-  if (auto* code = dynamic_cast<CodeView*>(object))
-    return new QAccessibleWidget(code, QAccessible::Graphic, code->accessibleName());
+  if (auto* window = dynamic_cast<StatusWindow*>(object)) return new QAccessibleWidget(window, QAccessible::Window);
+  if (auto* card = dynamic_cast<CardView*>(object)) return new QAccessibleWidget(card, QAccessible::Grouping);
+  if (auto* code = dynamic_cast<CodeView*>(object)) return new QAccessibleWidget(code, QAccessible::Graphic);
   return nullptr;
 }
 
