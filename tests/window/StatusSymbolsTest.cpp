@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <QColor>
+#include <QImage>
+#include <QPainter>
 #include <set>
 
 #include "platform/linux/window/TemplateImagePainter.hpp"
@@ -12,10 +14,20 @@
 namespace tallyfox::linux_os {
 namespace {
 
+QImage rendered(const TemplateImage& symbol) {
+  constexpr int scale = 4;
+  QImage image(static_cast<int>(symbol.width) * scale, static_cast<int>(symbol.height) * scale, QImage::Format_ARGB32);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  painter.scale(scale, scale);
+  drawTemplateImage(painter, symbol, Qt::black);
+  return image;
+}
+
 TEST(StatusSymbols, drawEachNameDifferentlyAndNothingForOthers) {
   std::set<std::string> drawings;
   const auto bytes = [](const std::string& name) {
-    const QImage image = renderedTemplateImage(statusSymbol(name), Qt::black, 4);
+    const QImage image = rendered(statusSymbol(name));
     return std::string(reinterpret_cast<const char*>(image.constBits()), static_cast<std::size_t>(image.sizeInBytes()));
   };
   const std::string blank = bytes("no.such.symbol");
@@ -23,7 +35,7 @@ TEST(StatusSymbols, drawEachNameDifferentlyAndNothingForOthers) {
        {"folder", "figure.wave.circle.fill", "arrow.clockwise.circle", "arrow.down.circle", "bell", "bell.slash"}) {
     EXPECT_NE(bytes(name), blank) << name;
     drawings.insert(bytes(name));
-    const QImage image = renderedTemplateImage(statusSymbol(name), Qt::black, 4);
+    const QImage image = rendered(statusSymbol(name));
     for (int at = 0; at < image.width(); ++at)
       for (const QPoint edge :
            {QPoint(at, 0), QPoint(0, at), QPoint(at, image.height() - 1), QPoint(image.width() - 1, at)})
