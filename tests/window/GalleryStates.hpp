@@ -92,7 +92,8 @@ inline std::optional<State> stateNamed(std::string_view name) {
     state.snapshot.updateAvailability = {.isUpdateAvailable = true, .displayVersion = "2.1"};
   } else if (name == "keychain-locked") {
     forgetPhones(state);
-    state.context.credentialError = "The pairing credentials cannot be read because the keyring is locked.";
+    state.snapshot.relayConnected = false;
+    state.context.credentialError = "Keychain is unavailable (-25308). Unlock the login keychain and reopen Tallyfox.";
   } else {
     return std::nullopt;
   }
