@@ -8,11 +8,14 @@ usage: installed_tree.py BUILD-FOLDER"""
 import json
 import os
 import pathlib
+import re
+import struct
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
+import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "demo"))
@@ -68,6 +71,22 @@ class InstalledTree(unittest.TestCase):
         self.assertEqual("", output_of("desktop-file-validate",
                                        str(self.share / "applications/com.tallyfox.agent.desktop")))
         output_of("appstreamcli", "validate", "--no-net", str(self.share / "metainfo/com.tallyfox.agent.metainfo.xml"))
+
+    def test_the_icon_of_the_desktop_entry_is_there_in_every_form(self):
+        entry = (self.share / "applications/com.tallyfox.agent.desktop").read_text(encoding="utf-8")
+        icon = re.search(r"^Icon=(.*)$", entry, re.MULTILINE)[1]
+        icons = self.share / "icons/hicolor"
+        for drawing in (f"scalable/apps/{icon}.svg", f"symbolic/apps/{icon}-symbolic.svg"):
+            self.assertTrue(xml.etree.ElementTree.parse(icons / drawing).getroot().tag.endswith("}svg"), drawing)
+        pictures = sorted(icons.glob(f"*x*/apps/{icon}.png"))
+        self.assertLessEqual({16, 22, 24, 32, 48, 64, 128, 256, 512}, {self.width_by_folder(path) for path in pictures})
+        for picture in pictures:
+            # The size stands behind the signature and the name of a PNG's first part.
+            self.assertEqual((self.width_by_folder(picture),) * 2, struct.unpack(">II", picture.read_bytes()[16:24]))
+
+    @staticmethod
+    def width_by_folder(picture):
+        return int(picture.parts[-3].split("x")[0])
 
     def test_the_manual_pages_are_clean(self):
         for name in PAGES:
