@@ -35,8 +35,8 @@ class PathData {
  public:
   explicit PathData(double height) : height_(height) {}
 
-  void moveTo(const Point& point) { text_ += "M" + onPage(point); }
-  void lineTo(const Point& point) { text_ += "L" + onPage(point); }
+  void moveTo(const Point& point) { text_ += fmt::format("M{}", onPage(point)); }
+  void lineTo(const Point& point) { text_ += fmt::format("L{}", onPage(point)); }
   void arcTo(const Point& end, double radiusX, double radiusY, Turn turn, bool isLarge = false) {
     text_ += fmt::format("A{} {} 0 {:d} {:d} {}", number(radiusX), number(radiusY), isLarge, turn == Turn::clockwise,
                          onPage(end));
