@@ -8,14 +8,13 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QPointer>
-#include <QSocketNotifier>
 #include <QTimer>
 #include <cstdio>
 #include <iostream>
 #include <string>
 
 #include "platform/linux/window/QtInterface.hpp"
+#include "platform/linux/window/QtMainLoop.hpp"
 #include "window/GalleryStates.hpp"
 
 namespace tallyfox::linux_os {
@@ -24,34 +23,6 @@ namespace {
 void say(const std::string& line) {
   std::cout << line << std::endl;
 }
-
-/// Qt's own event loop as a queue.
-class EventLoopQueue : public SerialQueue {
- public:
-  void post(Task task) override {
-    QTimer::singleShot(0, &owner_, [held = std::make_shared<Task>(std::move(task))] { (*held)(); });
-  }
-  ScheduledHandle after(Seconds delay, Task task) override {
-    return started(delay, true, [held = std::make_shared<Task>(std::move(task))] { (*held)(); });
-  }
-  ScheduledHandle every(Seconds period, std::function<void()> task) override {
-    return started(period, false, std::move(task));
-  }
-  [[nodiscard]] bool isCurrent() const override { return true; }
-
- private:
-  struct Timer : Scheduled {
-    QTimer timer;
-  };
-  static ScheduledHandle started(Seconds period, bool isOnce, std::function<void()> task) {
-    auto scheduled = std::make_unique<Timer>();
-    scheduled->timer.setSingleShot(isOnce);
-    QObject::connect(&scheduled->timer, &QTimer::timeout, &scheduled->timer, std::move(task));
-    scheduled->timer.start(static_cast<int>(period.count() * 1000));
-    return scheduled;
-  }
-  QObject owner_;
-};
 
 /// Tells when the first window has been painted.
 class FirstPaint : public QObject {
@@ -77,7 +48,7 @@ class FirstPaint : public QObject {
 
 class Stage {
  public:
-  explicit Stage(gallery::State state) : state_(std::move(state)) {}
+  Stage(gallery::State state, QtMainLoop& mainLoop) : state_(std::move(state)), mainLoop_(mainLoop) {}
 
   void obey(const std::string& command) {
     const auto argument = [&](const std::string& name) { return command.substr(name.size() + 1); };
@@ -85,14 +56,14 @@ class Stage {
       interface_.showStatusWindow();
     } else if (command == "close") {
       if (StatusWindow* window = interface_.statusWindow().window()) window->close();
-      QTimer::singleShot(0, [] { say("closed"); });
+      mainLoop_.post([] { say("closed"); });
     } else if (command.starts_with("state ")) {
       state_ = gallery::stateNamed(argument("state")).value_or(state_);
       interface_.refreshStatusWindow();
     } else if (command.starts_with("count ")) {
       interface_.showPendingCount(std::stoi(argument("count")));
     } else if (command == "quit") {
-      QCoreApplication::quit();
+      mainLoop_.quit();
     }
   }
 
@@ -109,12 +80,12 @@ class Stage {
                 [](NotificationPauseOption option) { say("pause " + std::to_string(static_cast<int>(option))); },
             .onResumeNotifications = [] { say("resume"); },
             .openAccessibilitySettings = [] { say("openAccessibilitySettings"); },
-            .quit = [] { QCoreApplication::quit(); }};
+            .quit = [this] { mainLoop_.quit(); }};
   }
 
   gallery::State state_;
-  EventLoopQueue queue_;
-  QtInterface interface_{{.version = "0.0.0", .sessionBusAddress = "", .translations = ""}, actions(), queue_};
+  QtMainLoop& mainLoop_;
+  QtInterface interface_{{.version = "0.0.0", .sessionBusAddress = "", .translations = ""}, actions(), mainLoop_};
 };
 
 int run(int argc, char** argv) {
@@ -122,15 +93,16 @@ int run(int argc, char** argv) {
   const FirstPaint firstPaint;
   const auto state = gallery::stateNamed(argc == 2 ? argv[1] : "");
   if (!state) return 2;
-  Stage stage(*state);
+  QtMainLoop mainLoop;
+  Stage stage(*state, mainLoop);
   stage.start();
-  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-  QObject::connect(&input, &QSocketNotifier::activated, &input, [&] {
+  const auto input = mainLoop.watchReadable(STDIN_FILENO, [&] {
     std::string line;
-    if (!std::getline(std::cin, line)) return QCoreApplication::quit();
+    if (!std::getline(std::cin, line)) return mainLoop.quit();
     stage.obey(line);
   });
-  return QApplication::exec();
+  mainLoop.run();
+  return 0;
 }
 
 }  // namespace
