@@ -68,10 +68,7 @@ def main():
                 if number + 1 < given.launches:
                     processes.end(process)
             open_mib = resident_mib(process.pid)
-            mark = desktop.mark()
-            desktop.activate(window)
-            desktop.act("key", "--window", window, "ctrl+w")
-            if not desktop.wait_until_one_gone({window}, mark):
+            if not desktop.close(window):
                 raise RuntimeError("the window did not close")
             time.sleep(5)
             closed_mib, used, began = resident_mib(process.pid), processor_seconds(process.pid), time.monotonic()

@@ -7,6 +7,7 @@ import pathlib
 import re
 import shutil
 import subprocess
+import tempfile
 import time
 
 import processes
@@ -191,6 +192,31 @@ class Desktop:
     def wait_for_windows(self, windows, mark, timeout=20.0):
         """Whether the list comes to hold exactly these."""
         return self._list.wait(lambda line: self.windows(line) == windows, mark, timeout) is not None
+
+    def code_on_screen(self):
+        """What a phone's camera reads off the screen now; None when there is no code."""
+        with tempfile.NamedTemporaryFile(suffix=".png") as picture:
+            self.screenshot(picture.name)
+            read = subprocess.run(["zbarimg", "--raw", "-q", "-Sdisable", "-Sqrcode.enable", picture.name], text=True,
+                                  capture_output=True)
+        return read.stdout.strip() or None
+
+    def wait_for_code(self, accept=lambda _: True, timeout=20.0):
+        """The first code on the screen that `accept` takes; None when there is none."""
+        deadline = time.monotonic() + timeout
+        while time.monotonic() < deadline:
+            code = self.code_on_screen()
+            if code and accept(code):
+                return code
+            time.sleep(0.05)
+        return None
+
+    def close(self, window, timeout=20.0):
+        """Closes a window that has the usual key for it; says whether it went."""
+        mark = self.mark()
+        self.activate(window)
+        self.act("key", "ctrl+w")
+        return self.wait_until_one_gone({window}, mark, timeout) is not None
 
     def screenshot(self, path):
         subprocess.run(["import", "-silent", "-window", "root", str(path)], env=self.environment, check=True)

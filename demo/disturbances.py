@@ -44,6 +44,7 @@ def agent_restart(stage, name):
                                  and approval["id"] != dialog.approval["id"], phone_mark)
     require(again, "the phone never saw it again")
     outcome = answer(stage, name, dialog, "Erase", again[1])
+    stage.agent.close_window()
     return Row(name, f"{dialog.seen()}, again {again[0] - restarted:.1f} s after the agent", "Erase", outcome.pressed,
                "dialog gone", expect_exit(dialog.process, 0), dialog.show_to_phone_ms, outcome.answer_to_gone_ms)
 

@@ -61,7 +61,12 @@ def set_up(folder, build, output):
     programs = install(build, desktop)
     relay = Relay(programs, desktop, folder / "relay")
     agent = Agent(desktop, relay)
-    phone = Phone(programs, desktop, agent.pairing_code(relay))
+    code = desktop.wait_for_code()
+    if not code:
+        raise RuntimeError("no pairing code came up on the screen")
+    desktop.screenshot(output / "pairing.png")
+    phone = Phone(programs, desktop, code)
+    agent.close_window()
     phone.show_on_desktop()
     return Stage(desktop, relay, agent, phone, build, output, desktop.windows())
 

@@ -41,12 +41,23 @@ class Agent:
         self._environment = dict(desktop.environment, TALLYFOX_RELAY_URL=f"ws://127.0.0.1:{relay.port}/agent",
                                  TALLYFOX_PAIRING_ID="demo")
         self._log = desktop.logs / "agent.log"
+        self._desktop = desktop
         self.start()
 
     def start(self):
+        before, mark = self._desktop.windows(), self._desktop.mark()
         self.process = processes.start([self._program], self._environment, self._log)
+        shown = self._desktop.wait_for_new_window(before, mark)
+        if not shown:
+            raise RuntimeError("the agent did not show its window")
+        self._window = shown[1]
         if not self.process.lines.wait(lambda line: line == "Tallyfox relay connected."):
             raise RuntimeError("the agent did not connect to the relay")
+
+    def close_window(self):
+        """As its owner does; the agent goes on."""
+        if not self._desktop.close(self._window):
+            raise RuntimeError("the agent's window did not close")
 
     def stop(self):
         """Asks it to end as a logout does, and gives its exit status."""
@@ -60,7 +71,7 @@ class Agent:
         return outcome.returncode, (outcome.stdout + outcome.stderr).strip()
 
     def pairing_code(self, relay):
-        """What the pairing code on the screen will carry, from where the agent keeps its secrets."""
+        """What the pairing code on the screen carries, from where the agent keeps its secrets."""
         secrets = json.loads((self.home / ".local/share/tallyfox/keychain/com.tallyfox.agent/installation-secrets-v1")
                              .read_text(encoding="utf-8"))
         return json.dumps({"type": "tallyfox.pairing", "version": 1, "backendURL": f"http://127.0.0.1:{relay.port}",

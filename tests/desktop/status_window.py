@@ -36,14 +36,6 @@ class StatusWindow(unittest.TestCase):
         self.relay = Relay(self.programs, self.desktop, self.root / "relay")
         self.agent = Agent(self.desktop, self.relay)
 
-    def code_on_screen(self):
-        """What a phone's camera reads off the screen now; None when there is no code."""
-        picture = self.root / "screen.png"
-        self.desktop.screenshot(picture)
-        read = subprocess.run(["zbarimg", "--raw", "-q", "-Sdisable", "-Sqrcode.enable", str(picture)],
-                              capture_output=True, text=True)
-        return read.stdout.strip() or None
-
     def wait_until(self, condition, otherwise, timeout=20):
         deadline = time.monotonic() + timeout
         while not condition():
@@ -51,14 +43,9 @@ class StatusWindow(unittest.TestCase):
             time.sleep(0.05)
 
     def wait_for_code(self, accept=lambda _: True):
-        codes = []
-
-        def is_shown():
-            codes.append(self.code_on_screen())
-            return codes[-1] is not None and accept(codes[-1])
-
-        self.wait_until(is_shown, "no code came up on the screen")
-        return codes[-1]
+        code = self.desktop.wait_for_code(accept)
+        self.assertIsNotNone(code, "no code came up on the screen")
+        return code
 
     def press(self, label):
         pressed = subprocess.run([*PRESS, label], env=self.desktop.environment, timeout=60)
@@ -76,7 +63,7 @@ class StatusWindow(unittest.TestCase):
         self.assertEqual(json.loads(self.agent.pairing_code(self.relay)), json.loads(code))
 
         phone = Phone(self.programs, self.desktop, code)
-        self.wait_until(lambda: self.code_on_screen() is None, "the code stays on the screen of a paired computer")
+        self.wait_until(lambda: self.desktop.code_on_screen() is None, "the code stays on the screen of a paired computer")
         program = self.question("Erase the attic?")
         seen = phone.wait_for(lambda approval: "Erase the attic?" in json.dumps(approval))
         self.assertIsNotNone(seen, "the dialog did not reach the phone")
@@ -111,7 +98,7 @@ class StatusWindow(unittest.TestCase):
     def test_the_code_goes_with_the_permission(self):
         self.wait_for_code()
         self.set_accessibility(False)
-        self.wait_until(lambda: self.code_on_screen() is None, "the code is shown without the permission")
+        self.wait_until(lambda: self.desktop.code_on_screen() is None, "the code is shown without the permission")
         self.press("Open Settings")
         self.wait_for_code()
 
