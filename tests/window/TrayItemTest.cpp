@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QPainter>
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 
 #include "window/WindowFixture.hpp"
@@ -71,6 +73,22 @@ TEST_F(TrayItemTest, drawsInTheColourOfTheAppearance) {
   EXPECT_EQ(inkOf(drawing(96)), pixelOf(AppTheme::of(Appearance::light).text));
   tray.setAppearance(Appearance::dark);
   EXPECT_EQ(inkOf(drawing(96)), pixelOf(AppTheme::of(Appearance::dark).text));
+}
+
+TEST_F(TrayItemTest, standsOutFromPanelsLightAndDark) {
+  for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+    tray.setAppearance(appearance);
+    for (const QColor panel : {QColor(Qt::black), QColor(64, 64, 64), QColor(230, 230, 230), QColor(Qt::white)}) {
+      QImage shown(48, 48, QImage::Format_RGB32);
+      shown.fill(panel);
+      QPainter(&shown).drawImage(0, 0, drawing(48));
+      int contrasting = 0;
+      for (int y = 0; y < shown.height(); ++y)
+        for (int x = 0; x < shown.width(); ++x)
+          if (std::abs(shown.pixelColor(x, y).lightness() - panel.lightness()) > 90) ++contrasting;
+      EXPECT_GT(contrasting, 200) << panel.name().toStdString();
+    }
+  }
 }
 
 TEST_F(TrayItemTest, drawsSquaresInTheSizesOfPanels) {

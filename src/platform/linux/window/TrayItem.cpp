@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <algorithm>
+#include <variant>
 
 #include "platform/linux/window/Localized.hpp"
 #include "platform/linux/window/TemplateImagePainter.hpp"
@@ -11,9 +12,52 @@
 namespace tallyfox::linux_os {
 namespace {
 
+/// Every stroke and dot of a drawing, so much wider on each side.
+struct Widened {
+  double margin;
+
+  drawing::Command operator()(drawing::FilledOval oval) const {
+    oval.rectangle.x -= margin;
+    oval.rectangle.y -= margin;
+    oval.rectangle.width += 2 * margin;
+    oval.rectangle.height += 2 * margin;
+    return oval;
+  }
+  template <typename Stroke>
+  drawing::Command operator()(Stroke stroke) const {
+    stroke.strokeWidth += 2 * margin;
+    return stroke;
+  }
+};
+
+/// What lies around the drawing, so that it stands out from a panel of its own colour too: a tray does not tell how
+/// dark it is, and many are dark on a light desktop.
+TemplateImage haloOf(TemplateImage image) {
+  constexpr double margin = 0.9;
+  for (drawing::Command& command : image.commands)
+    command = std::visit(Widened{.margin = margin}, command);
+  return image;
+}
+
+struct IconColors {
+  QColor drawing;
+  QColor halo;
+};
+
+IconColors iconColors(Appearance appearance) {
+  constexpr float haloOpacity = 0.75F;
+  const AppTheme theme = AppTheme::of(appearance);
+  IconColors colors{.drawing = qtColor(theme.text), .halo = qtColor(theme.windowBackground)};
+  colors.halo.setAlphaF(haloOpacity);
+  return colors;
+}
+
 /// Trays have square places, and some would stretch another picture: the drawing lies in the middle of a square one, in
 /// the sizes that panels ask for.
-QIcon squareIcon(const TemplateImage& image, const QColor& color) {
+QIcon squareIcon(const TemplateImage& image, const IconColors& colors) {
+  // Its shapes overlap; drawn in one colour and let through as a whole, the halo is even.
+  QColor opaqueHalo = colors.halo;
+  opaqueHalo.setAlphaF(1);
   const double side = std::max(image.width, image.height);
   QIcon icon;
   for (const int pixels : {16, 22, 24, 32, 44, 48, 64, 96}) {
@@ -22,7 +66,11 @@ QIcon squareIcon(const TemplateImage& image, const QColor& color) {
     QPainter painter(&square);
     painter.scale(pixels / side, pixels / side);
     painter.translate((side - image.width) / 2, (side - image.height) / 2);
-    drawTemplateImage(painter, image, color);
+    drawTemplateImage(painter, haloOf(image), opaqueHalo);
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+    painter.fillRect(QRectF(-side, -side, 3 * side, 3 * side), QColor(0, 0, 0, colors.halo.alpha()));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    drawTemplateImage(painter, image, colors.drawing);
     painter.end();
     icon.addPixmap(square);
   }
@@ -63,7 +111,7 @@ void TrayItem::setAppearance(Appearance appearance) {
 }
 
 void TrayItem::draw() {
-  icon_.setIcon(squareIcon(menuBarIcon(count_), qtColor(AppTheme::of(appearance_).text)));
+  icon_.setIcon(squareIcon(menuBarIcon(count_), iconColors(appearance_)));
 }
 
 }  // namespace tallyfox::linux_os
