@@ -377,6 +377,7 @@ TEST_F(ConfirmationTest, asksInItsOwnWordsAndMeansNoByDefault) {
   EXPECT_EQ(question()->defaultButton()->text().toStdString(), texts.cancelTitle);
   EXPECT_EQ(question()->escapeButton()->text().toStdString(), texts.cancelTitle);
   EXPECT_TRUE(question()->isModal());
+  EXPECT_GE(question()->width(), 320);
   QTest::keyClick(question()->defaultButton(), Qt::Key_Return);
   settle();
   EXPECT_EQ(question(), nullptr);

@@ -6,8 +6,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "platform/linux/window/ApplicationIconPainter.hpp"
 #include "platform/linux/window/Localized.hpp"
-#include "platform/linux/window/TemplateImagePainter.hpp"
 #include "platform/linux/window/TextLabel.hpp"
 #include "platform/linux/window/ThemePalette.hpp"
 
@@ -28,6 +28,15 @@ constexpr const char* notices =
     "Apache License, Boost under the Boost Software License, ICU under the Unicode License, and fmt, JSON for Modern "
     "C++, the QR Code generator library and XCB under the MIT License.";
 
+void addIcon(QBoxLayout& column, const QWidget& box) {
+  constexpr int iconSide = 64;
+  auto* icon = new QLabel;
+  icon->setPixmap(applicationWindowIcon().pixmap(QSize(iconSide, iconSide), box.devicePixelRatioF()));
+  icon->setAlignment(Qt::AlignCenter);
+  icon->setAccessibleName(localized("Tallyfox"));
+  column.addWidget(icon);
+}
+
 void addText(QBoxLayout& column, const std::string& text, TextLabel::Look look) {
   look.isCentred = true;
   auto* label = new TextLabel(look);
@@ -44,6 +53,7 @@ AboutBox::AboutBox(const std::string& version, Appearance appearance) {
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(margin, margin, margin, margin);
   column->setSpacing(spacing);
+  addIcon(*column, *this);
   addText(*column, "Tallyfox", {.relativeSize = nameSize, .weight = QFont::Bold});
   addText(*column, "Version " + version, {.role = TextRole::secondary});
   column->addSpacing(spacing);
