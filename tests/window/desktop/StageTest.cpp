@@ -127,6 +127,13 @@ std::vector<std::string> namesOf(const std::vector<json>& tree, const std::strin
   return names;
 }
 
+std::vector<json> cardsOf(const std::vector<json>& tree) {
+  std::vector<json> cards;
+  for (const json& element : tree)
+    if (element["role"] == "panel") cards.push_back(element);
+  return cards;
+}
+
 TEST_F(StageTest, isSeenByAssistiveProgramsForWhatItIs) {
   const Stage stage(session, "paired");
   stage.show();
@@ -208,6 +215,12 @@ TEST_F(StageTest, suitsAScreenThatIsTooLowForOneColumn) {
   waitForWindow();
   const std::string geometry = x11({"getwindowgeometry", "--shell", windowNumber()});
   EXPECT_THAT(geometry, ::testing::HasSubstr("WIDTH=1170\n"));
+  const std::vector<json> seen = showing(tree());
+  const auto edge = [](const json& element, const char* side) { return element[side].get<int>(); };
+  const auto cards = cardsOf(seen);
+  ASSERT_EQ(cards.size(), 4U);
+  EXPECT_LT(edge(cards[0], "right"), edge(cards[1], "left")) << "the code beside the rows";
+  EXPECT_NEAR(edge(cards[0], "left") - edge(seen[0], "left"), edge(seen[0], "right") - edge(cards[1], "right"), 2);
 }
 
 TEST_F(StageTest, goesOnWithoutAWindowAndGivesItsMemoryBack) {

@@ -31,7 +31,10 @@ def windows():
 def described(element):
     states = element.get_state_set()
     action = element.get_action_iface()
+    place = element.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
     return {
+        "left": place.x,
+        "right": place.x + place.width,
         "role": element.get_role_name(),
         "name": element.get_name(),
         "description": element.get_description(),

@@ -208,7 +208,10 @@ void StatusWindow::fitToScreen() {
                       contentHeight(StatusWindowLayout::compact), contentHeight(StatusWindowLayout::wide));
   // The owner's own size stays until the content wants another.
   if (fit == fit_) return;
-  if (!fit_ || fit_->layout != fit.layout) setLayoutKind(fit.layout);
+  if (!fit_ || fit_->layout != fit.layout) {
+    setLayoutKind(fit.layout);
+    settleLayouts(*content_);
+  }
   fit_ = fit;
   resize(wholeSize(fit.size));
 }
