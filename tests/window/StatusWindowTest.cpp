@@ -93,6 +93,7 @@ TEST_F(StatusWindowTest, showsEveryStateAndNothingElse) {
     EXPECT_EQ(named(*window, "Update Available") != nullptr, model.update.has_value());
     EXPECT_EQ(named(*window, "Location") != nullptr, model.installLocation.has_value());
     EXPECT_EQ(window->windowTitle(), "Tallyfox");
+    EXPECT_EQ(window->findChild<QScrollArea*>()->widget()->size(), window->size()) << "nothing is scrolled";
   }
 }
 
