@@ -13,9 +13,8 @@
 #include <QToolButton>
 #include <memory>
 
-#include "platform/linux/window/ApplicationActions.hpp"
 #include "window/EventCounter.hpp"
-#include "window/WindowFixture.hpp"
+#include "window/StatusWindowFixture.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -23,39 +22,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAreArray;
-
-class StatusWindowTest : public testing::Test {
- protected:
-  ~StatusWindowTest() override { delete window.data(); }
-
-  void show(const StatusWindowModel& model, Appearance appearance = Appearance::light) {
-    if (!window) {
-      window = new StatusWindow({.onAction = [this](StatusWindowAction action, QWidget&) { actions.push_back(action); },
-                                 .onClosed = [this] { ++closings; }},
-                                menu.entries());
-      window->setAppearance(appearance);
-    }
-    window->apply(model);
-    window->show();
-    window->activateWindow();
-    settle();
-  }
-
-  [[nodiscard]] std::vector<std::string> visibleTexts() const {
-    std::vector<std::string> texts;
-    for (const QLabel* label : window->findChildren<QLabel*>())
-      if (label->isVisible()) texts.push_back(label->text().toStdString());
-    for (const QPushButton* each : window->findChildren<QPushButton*>())
-      if (each->isVisible()) texts.push_back(each->text().toStdString());
-    return texts;
-  }
-
-  std::vector<StatusWindowAction> actions;
-  std::vector<ApplicationMenuAction> menuActions;
-  int closings = 0;
-  ApplicationActions menu{[this](ApplicationMenuAction action) { menuActions.push_back(action); }};
-  QPointer<StatusWindow> window;
-};
 
 void addRow(std::vector<std::string>& texts, const std::optional<StatusRowModel>& row) {
   if (!row) return;
@@ -355,64 +321,6 @@ TEST_F(StatusWindowTest, givesEveryControlANameAndADescription) {
       EXPECT_FALSE(widget->accessibleDescription().isEmpty()) << widget->accessibleName().toStdString();
     }
   }
-}
-
-class ConfirmationTest : public StatusWindowTest {
- protected:
-  void ask() {
-    window->ask(unpairConfirmation(), [this] { ++confirmed; });
-    settle();
-  }
-  [[nodiscard]] QMessageBox* question() const { return window->findChild<QMessageBox*>(); }
-  int confirmed = 0;
-};
-
-TEST_F(ConfirmationTest, asksInItsOwnWordsAndMeansNoByDefault) {
-  show(gallery::pairedState().model());
-  ask();
-  ASSERT_NE(question(), nullptr);
-  const ConfirmationModel texts = unpairConfirmation();
-  EXPECT_EQ(question()->text().toStdString(), texts.title);
-  EXPECT_EQ(question()->informativeText().toStdString(), texts.detail);
-  EXPECT_EQ(question()->textFormat(), Qt::PlainText);
-  EXPECT_EQ(question()->defaultButton()->text().toStdString(), texts.cancelTitle);
-  EXPECT_EQ(question()->escapeButton()->text().toStdString(), texts.cancelTitle);
-  EXPECT_TRUE(question()->isModal());
-  EXPECT_GE(question()->width(), 320);
-  QTest::keyClick(question()->defaultButton(), Qt::Key_Return);
-  settle();
-  EXPECT_EQ(question(), nullptr);
-  EXPECT_EQ(confirmed, 0);
-}
-
-TEST_F(ConfirmationTest, meansNoByEscape) {
-  show(gallery::pairedState().model());
-  ask();
-  QTest::keyClick(question(), Qt::Key_Escape);
-  settle();
-  EXPECT_EQ(question(), nullptr);
-  EXPECT_EQ(confirmed, 0);
-}
-
-TEST_F(ConfirmationTest, isConfirmedOnceByItsButtonAlone) {
-  show(gallery::pairedState().model());
-  ask();
-  ask();
-  EXPECT_EQ(window->findChildren<QMessageBox*>().size(), 1);
-  click(*question(), "Unpair");
-  settle();
-  EXPECT_EQ(confirmed, 1);
-  EXPECT_EQ(question(), nullptr);
-}
-
-TEST_F(ConfirmationTest, isGoneWithTheWindow) {
-  show(gallery::pairedState().model());
-  ask();
-  const QPointer<QMessageBox> open = question();
-  window->close();
-  settle();
-  EXPECT_TRUE(open.isNull());
-  EXPECT_EQ(confirmed, 0);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "platform/linux/AtspiAttributes.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 #include <utility>
 
@@ -15,17 +14,9 @@ using Value = AtspiAttributes::Value;
 constexpr std::unexpected noValue(AXError::noValue);
 constexpr std::unexpected unsupported(AXError::unsupported);
 
-/// Toolkits give the lowest number for what is not on the screen; nothing is a million points away.
-constexpr std::int32_t farthest = 1'000'000;
-
 Value textValue(std::string text) {
   if (text.empty()) return noValue;
   return text;
-}
-
-bool isOnAScreen(const AtspiExtents& extents) {
-  return std::abs(extents.x) < farthest && std::abs(extents.y) < farthest && extents.width >= 0 &&
-         extents.height >= 0 && extents.width < farthest && extents.height < farthest;
 }
 
 }  // namespace
@@ -356,7 +347,7 @@ Value AtspiAttributes::frame(const AtspiReference& reference, AXAttribute attrib
   const auto extents = *reading_.read(reference, fact::extents).extents;
   if (!extents) return std::unexpected(extents.error());
   // What is hidden keeps its last place in some toolkits.
-  if (!isOnAScreen(*extents) || !*isShown) return noValue;
+  if (!extents->isOnAScreen() || !*isShown) return noValue;
   double x = extents->x;
   double y = extents->y;
   if (attribute == AXAttribute::position && reading_.toolkitOf(reference) == Toolkit::gtk4) {

@@ -46,4 +46,7 @@ inline constexpr FactSet toolkit = 512;  ///< of the object's program
 inline constexpr FactSet focusClaims = 1024;
 }  // namespace fact
 
+/// Which facts are known, be it as an error.
+[[nodiscard]] FactSet knownOf(const AtspiFacts& facts);
+
 }  // namespace tallyfox::linux_os

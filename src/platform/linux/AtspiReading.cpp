@@ -28,24 +28,6 @@ AtspiCall propertyOf(const AtspiReference& reference, const char* interface, con
   return {reference, properties, "Get", {std::string(interface), std::string(name)}};
 }
 
-FactSet knownOf(const AtspiFacts& facts) {
-  FactSet known = 0;
-  const auto add = [&known](const auto& value, FactSet one) {
-    if (value) known = static_cast<FactSet>(known | one);
-  };
-  add(facts.role, fact::role);
-  add(facts.states, fact::states);
-  add(facts.childCount, fact::childCount);
-  add(facts.children, fact::children);
-  add(facts.name, fact::name);
-  add(facts.description, fact::description);
-  add(facts.text, fact::text);
-  add(facts.extents, fact::extents);
-  add(facts.parent, fact::parent);
-  add(facts.focusClaims, fact::focusClaims);
-  return known;
-}
-
 /// Every object has a role and states: one that says otherwise is gone.
 template <typename T>
 std::expected<T, AXError> ofLiving(std::expected<T, AXError> answer) {

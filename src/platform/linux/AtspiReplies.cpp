@@ -4,6 +4,16 @@
 
 #include "base/Text.hpp"
 
+namespace tallyfox::linux_os {
+
+bool AtspiExtents::isOnAScreen() const {
+  constexpr std::int32_t farthest = 1'000'000;
+  const auto isNear = [](std::int32_t place) { return place > -farthest && place < farthest; };
+  return isNear(x) && isNear(y) && width >= 0 && height >= 0 && width < farthest && height < farthest;
+}
+
+}  // namespace tallyfox::linux_os
+
 namespace tallyfox::linux_os::reply {
 namespace {
 

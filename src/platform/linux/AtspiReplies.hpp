@@ -16,6 +16,8 @@ struct AtspiExtents {
   std::int32_t width = 0;
   std::int32_t height = 0;
   bool operator==(const AtspiExtents&) const = default;
+  /// Toolkits give the lowest number for what is not on the screen; nothing is a million points away.
+  [[nodiscard]] bool isOnAScreen() const;
 };
 
 /// Readers of replies, by the reply's signature. A reply of another shape is `unsupported`; an error stays as it is.
