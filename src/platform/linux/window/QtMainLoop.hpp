@@ -5,36 +5,29 @@
 #include <memory>
 #include <thread>
 
-#include "base/Queue.hpp"
-#include "platform/AccessibilityObservers.hpp"
 #include "platform/linux/DeadlineTimers.hpp"
-#include "platform/linux/FileDescriptorWatcher.hpp"
+#include "platform/linux/MainLoop.hpp"
 
 namespace tallyfox::linux_os {
 
-/// The main queue of a program with windows, in Qt's event loop: menus and dialogs that are open do not stop it. Bound
-/// to the thread that constructs it, which has the application object and also runs it. An exception that leaves a task
-/// ends the process.
-class QtMainLoop : public SerialQueue, public FileDescriptorWatcher {
+/// The main queue of a program with windows, in Qt's event loop: menus and dialogs that are open do not stop it. Its
+/// thread has the application object. The desktop may end the application, and so the loop.
+class QtMainLoop : public MainLoop {
  public:
   QtMainLoop();
   ~QtMainLoop() override;
   QtMainLoop(const QtMainLoop&) = delete;
   QtMainLoop& operator=(const QtMainLoop&) = delete;
 
-  /// Runs tasks until quit(), or until the desktop ends the application. Once.
-  void run();
-  /// Lets run() return after the present task. Any thread.
-  void quit();
+  void run() override;
+  void quit() override;
+  [[nodiscard]] std::unique_ptr<Subscription> watchTerminationSignals(std::function<void()> onTerminate) override;
 
   void post(Task task) override;
   ScheduledHandle after(Seconds delay, Task task) override;
   ScheduledHandle every(Seconds period, std::function<void()> task) override;
   bool isCurrent() const override;
-
   std::unique_ptr<Subscription> watchReadable(int fd, std::function<void()> onReadable) override;
-  /// Calls `onTerminate` as a task for each SIGINT and SIGTERM, instead of the signal's own effect.
-  [[nodiscard]] std::unique_ptr<Subscription> watchTerminationSignals(std::function<void()> onTerminate);
 
  private:
   class Receiver;
