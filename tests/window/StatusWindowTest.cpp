@@ -101,6 +101,18 @@ TEST_F(StatusWindowTest, growsAndShrinksWithItsContent) {
   EXPECT_EQ(window->size(), paired);
 }
 
+TEST_F(StatusWindowTest, staysOnItsScreenWhenItGrows) {
+  show(gallery::stateNamed("connecting")->model());
+  const QRect area = window->screen()->availableGeometry();
+  window->move(area.right() - window->width(), area.bottom() - window->height());
+  settle();
+  show(gallery::stateNamed("ready-to-scan")->model());
+  EXPECT_TRUE(area.contains(window->frameGeometry()));
+  window->move(area.topLeft());
+  show(gallery::stateNamed("connecting")->model());
+  EXPECT_EQ(window->frameGeometry().topLeft(), area.topLeft()) << "it stays where it fits";
+}
+
 TEST_F(StatusWindowTest, keepsTheOwnersSizeWhileTheContentNeedsNoOther) {
   show(gallery::pairedState().model());
   window->resize(500, 300);

@@ -214,6 +214,17 @@ void StatusWindow::fitToScreen() {
   }
   fit_ = fit;
   resize(wholeSize(fit.size));
+  keepOnScreen();
+}
+
+/// A window that grows would reach below its screen where the window manager lets it.
+void StatusWindow::keepOnScreen() {
+  if (!isVisible()) return;
+  const QRect area = screen()->availableGeometry();
+  const QRect frame = frameGeometry();
+  const QPoint place(std::clamp(frame.left(), area.left(), std::max(area.left(), area.right() + 1 - frame.width())),
+                     std::clamp(frame.top(), area.top(), std::max(area.top(), area.bottom() + 1 - frame.height())));
+  if (place != frame.topLeft()) move(place);
 }
 
 }  // namespace tallyfox::linux_os

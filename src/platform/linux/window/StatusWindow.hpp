@@ -45,6 +45,7 @@ class StatusWindow : public QWidget {
   void addShortcuts(const QList<QAction*>& menuEntries);
   /// The layout and size that suit the present content and screen.
   void fitToScreen();
+  void keepOnScreen();
   void setLayoutKind(StatusWindowLayout kind);
   [[nodiscard]] double contentHeight(StatusWindowLayout kind) const;
   void scrollBy(int steps, int step);
