@@ -77,7 +77,8 @@ TEST(ApplicationIcon, isTheMenuBarIconsDrawing) {
   const ApplicationIcon icon = applicationIcon(64);
   ASSERT_EQ(icon.layers.size(), 5U);
   const auto& screen = std::get<drawing::StrokedRoundedRectangle>(icon.layers.front().image.commands.front());
-  const auto& original = std::get<drawing::StrokedRoundedRectangle>(menuBarIcon(0).commands.front());
+  const TemplateImage menuBar = menuBarIcon(0);
+  const auto& original = std::get<drawing::StrokedRoundedRectangle>(menuBar.commands.front());
   const double scale = screen.strokeWidth / original.strokeWidth;
   EXPECT_NEAR(scale, 42 / 20.7, 1e-9);
   EXPECT_NEAR(screen.rectangle.width, original.rectangle.width * scale, 1e-9);

@@ -98,7 +98,7 @@ void AtspiEventSource::connect() {
     return 1;
   };
   const auto question =
-      call(bus_.get(), atspiRegistryName.data(), rootPath, "org.a11y.atspi.Accessible", "GetChildren");
+      call(bus_.get(), atspiRegistryName, rootPath, "org.a11y.atspi.Accessible", "GetChildren");
   slot = nullptr;
   if (question && sd_bus_call_async(bus_.get(), &slot, question.get(), onReply, this, forever) >= 0)
     presentPrograms_.reset(slot);

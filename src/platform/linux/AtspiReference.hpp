@@ -11,7 +11,7 @@ namespace tallyfox::linux_os {
 /// Where every application's tree begins, in all toolkits.
 inline constexpr std::string_view atspiRootPath = "/org/a11y/atspi/accessible/root";
 inline constexpr std::string_view atspiNullPath = "/org/a11y/atspi/null";
-inline constexpr std::string_view atspiRegistryName = "org.a11y.atspi.Registry";
+inline constexpr const char* atspiRegistryName = "org.a11y.atspi.Registry";
 
 /// An accessible object: the unique bus name of its connection and its path there. Children may live on another
 /// connection than their parent, so the name is part of every reference.

@@ -28,7 +28,7 @@ std::optional<unsigned> numberIn(std::string_view text) {
 /// An address as it is compared: one of the old kind in the clothes of the new kind is of the old kind.
 std::optional<ip::address> addressIn(const std::string& text) {
   boost::system::error_code error;
-  const ip::address address = ip::make_address(text, error);
+  ip::address address = ip::make_address(text, error);
   if (error) return std::nullopt;
   if (address.is_v6() && address.to_v6().is_v4_mapped()) return ip::make_address_v4(ip::v4_mapped, address.to_v6());
   return address;

@@ -7,7 +7,7 @@
 namespace tallyfox::linux_os {
 namespace {
 
-const AtspiReference registryRoot{.busName = std::string(atspiRegistryName), .path = std::string(atspiRootPath)};
+const AtspiReference registryRoot{.busName = atspiRegistryName, .path = std::string(atspiRootPath)};
 const AtspiReference messageBus{.busName = "org.freedesktop.DBus", .path = "/org/freedesktop/DBus"};
 
 }  // namespace
