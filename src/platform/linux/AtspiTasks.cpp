@@ -193,7 +193,12 @@ bool ApplicationTask::sendFocusPath(const AtspiReference& window) {
   for (int ancestor = 0; ancestor < limits::windowAncestors && at != window; ++ancestor) {
     if (reading_.want(at, fact::role | fact::states | fact::childCount | fact::parent, step_)) return true;
     const AtspiFact<AtspiReference>& parent = reading_.known(at).parent;
-    if (!*parent || (*parent)->isNull() || (*parent)->isApplicationRoot()) break;
+    if (!*parent || (*parent)->isNull() || (*parent)->isApplicationRoot()) {
+      // Another window than those that its program lists: it is read too, for the focus in it.
+      const AtspiFact<std::uint32_t>& role = reading_.known(at).role;
+      if (windowNeeds_ && role && *role && canBeWindow(roleInfo(**role).nature)) walkInto(at);
+      break;
+    }
     at = AtspiReference(**parent);
   }
   return false;
