@@ -97,8 +97,7 @@ void AtspiEventSource::connect() {
     static_cast<AtspiEventSource*>(source)->onPresentPrograms(message);
     return 1;
   };
-  const auto question =
-      call(bus_.get(), atspiRegistryName, rootPath, "org.a11y.atspi.Accessible", "GetChildren");
+  const auto question = call(bus_.get(), atspiRegistryName, rootPath, "org.a11y.atspi.Accessible", "GetChildren");
   slot = nullptr;
   if (question && sd_bus_call_async(bus_.get(), &slot, question.get(), onReply, this, forever) >= 0)
     presentPrograms_.reset(slot);
