@@ -38,6 +38,24 @@ TEST_F(QtMainLoopTest, goesOnInTheLoopOfAnOpenMenuAndEndsOutOfIt) {
   EXPECT_EQ(order, "abcd");
 }
 
+TEST_F(QtMainLoopTest, keepsItsTimersGoingInTheLoopThatATimerOpened) {
+  QtMainLoop loop;
+  std::string order;
+  QEventLoop menu;
+  const auto inside = loop.after(Seconds{0.02}, [&] {
+    order += 'b';
+    menu.quit();
+  });
+  const auto opening = loop.after(Seconds{0.01}, [&] {
+    order += 'a';
+    menu.exec();
+    order += 'c';
+    loop.quit();
+  });
+  loop.run();
+  EXPECT_EQ(order, "abc");
+}
+
 TEST_F(QtMainLoopTest, endsWhenTheDesktopEndsTheApplication) {
   QtMainLoop loop;
   loop.post([] { QCoreApplication::quit(); });

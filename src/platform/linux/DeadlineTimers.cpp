@@ -147,6 +147,8 @@ std::shared_ptr<DeadlineTimers::Timer> DeadlineTimers::takeDue(std::int64_t now)
   if (deadlines_.empty() || deadlines_.begin()->first > now) return nullptr;
   auto timer = std::move(deadlines_.begin()->second);
   deadlines_.erase(deadlines_.begin());
+  // For a task that waits in an event loop of its own.
+  arm();
   return timer;
 }
 
