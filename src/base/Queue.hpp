@@ -4,10 +4,11 @@
 #include <memory>
 
 #include "base/Date.hpp"
+#include "base/MoveOnlyFunction.hpp"
 
 namespace tallyfox {
 
-using Task = std::move_only_function<void()>;
+using Task = MoveOnlyFunction<void()>;
 
 /// A pending timer or delayed task. Destroying it cancels it: on the queue's own thread the task will then not run
 /// (again); from another thread it may just be running.
