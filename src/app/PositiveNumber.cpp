@@ -1,10 +1,11 @@
 #include "app/PositiveNumber.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <limits>
-#include <system_error>
+#include <string>
+
+#include "base/RoundedNumber.hpp"
 
 namespace tallyfox {
 namespace {
@@ -32,10 +33,10 @@ struct Notation {
   bool (*isDigit)(char);
   char exponentMark;
   std::int64_t exponentStepsPerDigit;
-  std::chars_format format;
+  double (*rounded)(std::string_view digits, std::int64_t exponent);
 };
-constexpr Notation decimal{isDecimalDigit, 'e', 1, std::chars_format::general};
-constexpr Notation hexadecimal{isHexDigit, 'p', 4, std::chars_format::hex};
+constexpr Notation decimal{isDecimalDigit, 'e', 1, roundedDecimal};
+constexpr Notation hexadecimal{isHexDigit, 'p', 4, roundedHexadecimal};
 
 std::string_view takenDigits(std::string_view& rest, bool (*isDigit)(char)) {
   const auto end = std::ranges::find_if_not(rest, isDigit);
@@ -56,39 +57,26 @@ std::optional<std::int64_t> takenExponent(std::string_view& rest) {
   return isNegative ? -value : value;
 }
 
-/// A power of ten or two near the number's size; absent when the text breaks the grammar.
-std::optional<std::int64_t> magnitude(std::string_view text, const Notation& notation) {
+/// The number that a text says; absent when the text breaks the grammar.
+std::optional<double> unsignedNumber(std::string_view text, const Notation& notation) {
   std::string_view rest = text;
-  const std::string_view whole = takenDigits(rest, notation.isDigit);
-  std::string_view fraction;
+  std::string digits(takenDigits(rest, notation.isDigit));
+  std::int64_t exponent = 0;
   if (rest.starts_with('.')) {
     rest.remove_prefix(1);
-    fraction = takenDigits(rest, notation.isDigit);
+    const std::string_view fraction = takenDigits(rest, notation.isDigit);
+    digits += fraction;
+    exponent = -static_cast<std::int64_t>(fraction.size()) * notation.exponentStepsPerDigit;
   }
-  if (whole.empty() && fraction.empty()) return std::nullopt;
-  std::int64_t exponent = 0;
+  if (digits.empty()) return std::nullopt;
   if (!rest.empty() && lowered(rest.front()) == notation.exponentMark) {
     rest.remove_prefix(1);
     const auto taken = takenExponent(rest);
     if (!taken) return std::nullopt;
-    exponent = *taken;
+    exponent += *taken;
   }
   if (!rest.empty()) return std::nullopt;
-  const std::size_t leadingZeros = std::min(whole.find_first_not_of('0'), whole.size());
-  auto position = static_cast<std::int64_t>(whole.size() - leadingZeros);
-  if (position == 0) position = -static_cast<std::int64_t>(std::min(fraction.find_first_not_of('0'), fraction.size()));
-  return position * notation.exponentStepsPerDigit + exponent;
-}
-
-std::optional<double> unsignedNumber(std::string_view text, const Notation& notation) {
-  const auto size = magnitude(text, notation);
-  if (!size) return std::nullopt;
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, notation.format);
-  // As strtod does: what is too large is infinite, what is too small is zero.
-  if (error == std::errc::result_out_of_range) return *size > 0 ? infinity : 0.0;
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return value;
+  return notation.rounded(digits, exponent);
 }
 
 }  // namespace
