@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -21,7 +20,9 @@ struct Uuid {
   /// Upper-case canonical form.
   [[nodiscard]] std::string text() const;
 
-  auto operator<=>(const Uuid&) const = default;
+  bool operator==(const Uuid&) const = default;
+  /// The order of the texts.
+  bool operator<(const Uuid& other) const { return bytes < other.bytes; }
 };
 
 }  // namespace tallyfox
