@@ -15,9 +15,9 @@
 #include "platform/linux/LinuxClock.hpp"
 #include "platform/linux/LinuxWindowList.hpp"
 #include "platform/linux/MainEventLoop.hpp"
-#include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/X11Desktop.hpp"
 #include "platform/linux/X11EventSource.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 
 namespace tallyfox {
 namespace {
@@ -66,7 +66,7 @@ class Scene {
   }
 
   testing::DesktopSession session_;
-  linux_os::StandardOutputConsole console_;
+  posix_os::StandardOutputConsole console_;
   linux_os::LinuxClock clock_;
   linux_os::MainEventLoop loop_;
   std::shared_ptr<linux_os::X11Desktop> desktop_ = linux_os::X11Desktop::open(session_.display()).value();

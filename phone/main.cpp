@@ -16,8 +16,8 @@
 #include "platform/linux/MainEventLoop.hpp"
 #include "platform/linux/NetworkThread.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
-#include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/UserDirectories.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 
 namespace tallyfox::phone {
 namespace {
@@ -47,8 +47,8 @@ std::string machineName() {
 }
 
 int run(const PhoneOptions& options) {
-  linux_os::StandardOutputConsole lines;
-  linux_os::StandardOutputConsole errors(STDERR_FILENO);
+  posix_os::StandardOutputConsole lines;
+  posix_os::StandardOutputConsole errors(STDERR_FILENO);
   linux_os::LinuxClock clock;
   linux_os::ProcessEnvironment environment;
   PhoneOutput output(lines, errors, clock, options.json);

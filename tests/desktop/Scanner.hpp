@@ -13,9 +13,9 @@
 #include "platform/linux/LinuxClock.hpp"
 #include "platform/linux/LinuxWindowList.hpp"
 #include "platform/linux/MainEventLoop.hpp"
-#include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/X11Desktop.hpp"
 #include "platform/linux/X11EventSource.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 
 namespace tallyfox::testing {
 
@@ -32,7 +32,7 @@ class Scanner {
   [[nodiscard]] std::size_t visibleWindows() const { return owners_.visibleWindowSignatures().size(); }
 
  private:
-  linux_os::StandardOutputConsole console_;
+  posix_os::StandardOutputConsole console_;
   linux_os::LinuxClock clock_;
   linux_os::MainEventLoop loop_;
   std::shared_ptr<linux_os::X11Desktop> desktop_;

@@ -14,8 +14,8 @@ namespace {
 /// The folder that a path lies in, as a room: "detection", "platform" for the seam itself, "platform/linux". The
 /// toolkit of a backend is a room of its own, so that the rest of the backend knows nothing of it.
 std::string roomOf(const std::string& path) {
-  static const std::string window = "platform/linux/window";
-  if (path.starts_with(window + "/")) return window;
+  for (const std::string window : {"platform/linux/window", "platform/macos/window"})
+    if (path.starts_with(window + "/")) return window;
   const auto first = path.find('/');
   if (first == std::string::npos) return {};
   const std::string room = path.substr(0, first);
@@ -38,9 +38,11 @@ const std::map<std::string, std::set<std::string>>& permits() {
       {"ui", {"base", "model", "platform"}},
       {"app", {"base", "model", "platform", "detection", "actions", "relay", "pairing", "system", "ui"}},
       {"platform/memory", {"base", "model", "platform"}},
-      {"platform/linux", {"base", "model", "platform"}},
-      {"platform/linux/window", {"base", "model", "platform", "ui", "platform/linux"}},
-      {"platform/macos", {"base", "model", "platform"}},
+      {"platform/posix", {"base", "model", "platform"}},
+      {"platform/linux", {"base", "model", "platform", "platform/posix"}},
+      {"platform/linux/window", {"base", "model", "platform", "ui", "platform/posix", "platform/linux"}},
+      {"platform/macos", {"base", "model", "platform", "platform/posix"}},
+      {"platform/macos/window", {"base", "model", "platform", "ui", "platform/posix", "platform/macos"}},
   };
   return table;
 }
@@ -49,6 +51,7 @@ const std::map<std::string, std::set<std::string>>& permits() {
 const std::map<std::string, std::set<std::string>>& filePermits() {
   static const std::map<std::string, std::set<std::string>> table = {
       {"platform/linux/window", {"app/AgentInterface.hpp", "app/AppDelegate.hpp"}},
+      {"platform/macos/window", {"app/AgentInterface.hpp", "app/AppDelegate.hpp"}},
   };
   return table;
 }

@@ -23,9 +23,9 @@ constexpr Seconds generous{20};
 constexpr Seconds brief{0.05};
 
 /// A socket in the agent's place, with nobody behind it yet.
-FileDescriptor listeningSocket(const ControlFolder& place) {
+posix_os::FileDescriptor listeningSocket(const ControlFolder& place) {
   const PrivateDirectory directory = place.directory();
-  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  posix_os::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const sockaddr_un address = socketAddress(directory, controlSocketName);
   EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   EXPECT_EQ(::listen(socket.get(), 1), 0);
@@ -35,9 +35,9 @@ FileDescriptor listeningSocket(const ControlFolder& place) {
 /// What a client gets from an agent that sends this, whatever it is asked, and hangs up.
 Answer answerOf(const std::string& text) {
   const ControlFolder place;
-  const FileDescriptor listening = listeningSocket(place);
+  const posix_os::FileDescriptor listening = listeningSocket(place);
   std::thread agent([&] {
-    const FileDescriptor socket(::accept4(listening.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    const posix_os::FileDescriptor socket(::accept4(listening.get(), nullptr, nullptr, SOCK_CLOEXEC));
     char asked = 0;
     EXPECT_EQ(::recv(socket.get(), &asked, 1, MSG_PEEK), 1);
     (void)::send(socket.get(), text.data(), text.size(), MSG_NOSIGNAL);
@@ -81,14 +81,14 @@ TEST(ControlClient, findsNoAgent) {
 
 TEST(ControlClient, doesNotWaitForeverForAnAnswer) {
   const ControlFolder place;
-  const FileDescriptor silent = listeningSocket(place);
+  const posix_os::FileDescriptor silent = listeningSocket(place);
   EXPECT_EQ(ControlClient::connected(place.directories, brief).value().ask("hello"),
             std::unexpected(ControlFailure::noAnswer));
 }
 
 TEST(ControlClient, doesNotWaitForeverForAConnection) {
   const ControlFolder place;
-  const FileDescriptor silent = listeningSocket(place);
+  const posix_os::FileDescriptor silent = listeningSocket(place);
   const TestClient one(place.directories);
   const TestClient two(place.directories);
   const auto client = ControlClient::connected(place.directories, brief);
@@ -110,13 +110,13 @@ TEST(ControlClient, waitsForTheEndOfTheAgentsProcess) {
   ASSERT_EQ(::pipe(ready), 0);
   const pid_t agent = ::fork();
   if (agent == 0) {
-    const FileDescriptor listening = listeningSocket(place);
+    const posix_os::FileDescriptor listening = listeningSocket(place);
     (void)!::write(ready[1], "", 1);
     for (;;)
       ::pause();
   }
-  const FileDescriptor reading(ready[0]);
-  const FileDescriptor writing(ready[1]);
+  const posix_os::FileDescriptor reading(ready[0]);
+  const posix_os::FileDescriptor writing(ready[1]);
   char byte = 1;
   ASSERT_EQ(::read(reading.get(), &byte, 1), 1);
   EXPECT_FALSE(ControlClient::connected(place.directories, brief).value().waitForAgentsEnd());

@@ -190,7 +190,7 @@ TEST_F(ControlServerTest, forgetsAClientThatLeaves) {
 TEST_F(ControlServerTest, takesOverTheSocketOfADeadAgent) {
   {
     const PrivateDirectory directory = place.directory();
-    const FileDescriptor dead(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const posix_os::FileDescriptor dead(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const sockaddr_un address = socketAddress(directory, controlSocketName);
     ASSERT_EQ(::bind(dead.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   }

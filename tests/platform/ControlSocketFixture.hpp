@@ -89,7 +89,7 @@ class TestClient {
   [[nodiscard]] bool atEnd() const { return atEnd_; }
 
  private:
-  FileDescriptor socket_;
+  posix_os::FileDescriptor socket_;
   bool isConnected_ = false;
   bool atEnd_ = false;
 };

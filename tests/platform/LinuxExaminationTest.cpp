@@ -31,7 +31,7 @@ class FakeAgent {
     if (answer.empty()) return;
     thread_ = std::thread([this, answer = answer + "\n"] {
       for (;;) {
-        const FileDescriptor client(::accept(listener_.get(), nullptr, nullptr));
+        const posix_os::FileDescriptor client(::accept(listener_.get(), nullptr, nullptr));
         if (!client) return;
         std::array<char, 1024> request{};
         if (::recv(client.get(), request.data(), request.size(), 0) <= 0) continue;
@@ -45,7 +45,7 @@ class FakeAgent {
   }
 
  private:
-  FileDescriptor listener_;
+  posix_os::FileDescriptor listener_;
   std::thread thread_;
 };
 

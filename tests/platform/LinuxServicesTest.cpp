@@ -11,13 +11,13 @@
 
 #include "base/Limits.hpp"
 #include "platform/TemporaryFolder.hpp"
-#include "platform/linux/FileDescriptor.hpp"
-#include "platform/linux/FlockInstanceLock.hpp"
 #include "platform/linux/InstalledBundle.hpp"
 #include "platform/linux/NetworkAddress.hpp"
-#include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/UserDirectories.hpp"
 #include "platform/memory/MemoryServices.hpp"
+#include "platform/posix/FileDescriptor.hpp"
+#include "platform/posix/FlockInstanceLock.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -27,8 +27,9 @@ using testing::ElementsAre;
 
 TEST(StandardOutputConsole, writesEachLineWholeWhateverTheThread) {
   const TemporaryFolder folder;
-  const FileDescriptor file(::open((folder / "lines").c_str(), O_CREAT | O_RDWR | O_APPEND | O_CLOEXEC, 0600));
-  StandardOutputConsole console(file.get());
+  const posix_os::FileDescriptor file(
+      ::open((folder / "lines").c_str(), O_CREAT | O_RDWR | O_APPEND | O_CLOEXEC, 0600));
+  posix_os::StandardOutputConsole console(file.get());
   std::vector<std::thread> threads;
   for (char letter = 'a'; letter < 'e'; ++letter)
     threads.emplace_back([&console, letter] {
@@ -46,8 +47,8 @@ TEST(StandardOutputConsole, writesEachLineWholeWhateverTheThread) {
 
 TEST(StandardOutputConsole, letsNoTextForgeALineOrMoveTheCursor) {
   const TemporaryFolder folder;
-  const FileDescriptor file(::open((folder / "lines").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
-  StandardOutputConsole(file.get()).printLine("a\nb\x1b[2Jc\r\x7f");
+  const posix_os::FileDescriptor file(::open((folder / "lines").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
+  posix_os::StandardOutputConsole(file.get()).printLine("a\nb\x1b[2Jc\r\x7f");
   EXPECT_EQ(fileText(folder / "lines"), "a b [2Jc  \n");
 }
 
@@ -90,7 +91,7 @@ TEST(UserDirectories, takesRelativeAndEmptyPathsForUnset) {
 
 TEST(FlockInstanceLock, leavesAnEmptyFileForThisUserAlone) {
   const TemporaryFolder folder;
-  FlockInstanceLock locks(folder.path());
+  posix_os::FlockInstanceLock locks(folder.path());
   auto result = locks.acquire("agent.lock");
   EXPECT_EQ(result.outcome, LockOutcome::acquired);
   EXPECT_EQ(modeOf(folder / "agent.lock"), fs::perms{0600});
@@ -101,18 +102,19 @@ TEST(FlockInstanceLock, leavesAnEmptyFileForThisUserAlone) {
 
 TEST(FlockInstanceLock, honoursTheLockOfAnotherProgram) {
   const TemporaryFolder folder;
-  const FileDescriptor other(::open((folder / "agent.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
+  const posix_os::FileDescriptor other(::open((folder / "agent.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
   ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
-  EXPECT_EQ(FlockInstanceLock(folder.path()).acquire("agent.lock").outcome, LockOutcome::heldByAnother);
+  EXPECT_EQ(posix_os::FlockInstanceLock(folder.path()).acquire("agent.lock").outcome, LockOutcome::heldByAnother);
 }
 
 TEST(FlockInstanceLock, isUnavailableThroughLinksOddNamesAndMissingFolders) {
   const TemporaryFolder folder;
   fs::create_symlink(folder / "elsewhere", folder / "agent.lock");
-  EXPECT_EQ(FlockInstanceLock(folder.path()).acquire("agent.lock").outcome, LockOutcome::unavailable);
+  EXPECT_EQ(posix_os::FlockInstanceLock(folder.path()).acquire("agent.lock").outcome, LockOutcome::unavailable);
   EXPECT_FALSE(fs::exists(folder / "elsewhere"));
-  EXPECT_EQ(FlockInstanceLock(folder.path()).acquire("../agent.lock").outcome, LockOutcome::unavailable);
-  EXPECT_EQ(FlockInstanceLock((folder / "missing").string()).acquire("agent.lock").outcome, LockOutcome::unavailable);
+  EXPECT_EQ(posix_os::FlockInstanceLock(folder.path()).acquire("../agent.lock").outcome, LockOutcome::unavailable);
+  EXPECT_EQ(posix_os::FlockInstanceLock((folder / "missing").string()).acquire("agent.lock").outcome,
+            LockOutcome::unavailable);
 }
 
 TEST(FlockInstanceLock, isUnavailableWhenTheFileBelongsToAnotherUser) {
@@ -123,7 +125,7 @@ TEST(FlockInstanceLock, isUnavailableWhenTheFileBelongsToAnotherUser) {
     ASSERT_EQ(::chown((folder / "agent.lock").c_str(), 12345, 12345), 0);
   }
   const auto foreign = isRoot ? folder / "agent.lock" : fs::path("/etc/passwd");
-  EXPECT_EQ(FlockInstanceLock(foreign.parent_path().string()).acquire(foreign.filename().string()).outcome,
+  EXPECT_EQ(posix_os::FlockInstanceLock(foreign.parent_path().string()).acquire(foreign.filename().string()).outcome,
             LockOutcome::unavailable);
 }
 

@@ -12,7 +12,7 @@
 
 #include "base/Queue.hpp"
 #include "platform/AccessibilityObservers.hpp"
-#include "platform/linux/FileDescriptor.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 /// What every main queue is held to: order, timers, foreign descriptors and termination signals as tasks of the main
 /// thread. The parameter has the type Loop.
@@ -22,8 +22,8 @@ struct Pipe {
   Pipe() {
     int ends[2];
     EXPECT_EQ(::pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
-    reading = FileDescriptor(ends[0]);
-    writing = FileDescriptor(ends[1]);
+    reading = posix_os::FileDescriptor(ends[0]);
+    writing = posix_os::FileDescriptor(ends[1]);
   }
   void put(const std::string& text) const {
     EXPECT_EQ(::write(writing.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
@@ -34,8 +34,8 @@ struct Pipe {
     text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
     return text;
   }
-  FileDescriptor reading;
-  FileDescriptor writing;
+  posix_os::FileDescriptor reading;
+  posix_os::FileDescriptor writing;
 };
 
 template <typename World>
@@ -79,7 +79,7 @@ TYPED_TEST_P(MainLoops, tellsThatTheOtherEndIsGone) {
   typename TypeParam::Loop loop;
   Pipe pipe;
   const auto watch = loop.watchReadable(pipe.reading.get(), [&] { loop.quit(); });
-  pipe.writing = FileDescriptor();
+  pipe.writing = posix_os::FileDescriptor();
   loop.run();
   EXPECT_EQ(pipe.take(1), "");
 }

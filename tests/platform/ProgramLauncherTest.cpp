@@ -13,7 +13,7 @@
 
 #include "platform/LoopbackServers.hpp"
 #include "platform/TemporaryFolder.hpp"
-#include "platform/linux/FileDescriptor.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -80,7 +80,7 @@ TEST_F(ProgramLauncherTest, saysThatThereIsNoSuchProgram) {
 
 TEST_F(ProgramLauncherTest, givesNothingOfThisProcess) {
   writeFile(folder / "secret", "secret");
-  const FileDescriptor open(::open((folder / "secret").c_str(), O_RDONLY));  // left open by exec
+  const posix_os::FileDescriptor open(::open((folder / "secret").c_str(), O_RDONLY));  // left open by exec
   ASSERT_TRUE(open);
   const auto before = std::signal(SIGPIPE, SIG_IGN);
   install(

@@ -15,8 +15,8 @@
 #include <boost/beast/http/write.hpp>
 #include <boost/none.hpp>
 
+#include "base/CallbackGate.hpp"
 #include "base/Limits.hpp"
-#include "platform/linux/CallbackGate.hpp"
 #include "platform/linux/NetworkErrors.hpp"
 #include "platform/linux/NetworkStreams.hpp"
 

@@ -29,7 +29,7 @@ void boundWaits(int socket, Seconds patience) {
 std::expected<ControlClient, ControlFailure> ControlClient::connected(const UserDirectories& directories,
                                                                       Seconds patience) {
   const auto directory = controlDirectory(directories, false);
-  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  posix_os::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!directory || !socket) return std::unexpected(ControlFailure::noAgent);
   boundWaits(socket.get(), patience);
   const sockaddr_un address = socketAddress(*directory, controlSocketName);

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "base/Date.hpp"
-#include "platform/linux/FileDescriptor.hpp"
 #include "platform/linux/RunningProcess.hpp"
 #include "platform/linux/UserDirectories.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -31,10 +31,10 @@ class ControlClient {
   [[nodiscard]] bool waitForAgentsEnd() const;
 
  private:
-  ControlClient(FileDescriptor socket, std::optional<RunningProcess> agent, Seconds patience)
+  ControlClient(posix_os::FileDescriptor socket, std::optional<RunningProcess> agent, Seconds patience)
       : socket_(std::move(socket)), agent_(std::move(agent)), patience_(patience) {}
 
-  FileDescriptor socket_;
+  posix_os::FileDescriptor socket_;
   std::optional<RunningProcess> agent_;
   Seconds patience_;
 };

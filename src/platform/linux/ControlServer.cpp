@@ -36,7 +36,7 @@ std::optional<ino_t> fileNumber(const PrivateDirectory& directory, const std::st
 }
 
 /// Makes the socket ready under another name, so that under its own name there is always one that answers.
-std::expected<ino_t, FileError> putInPlace(const FileDescriptor& socket, const PrivateDirectory& directory) {
+std::expected<ino_t, FileError> putInPlace(const posix_os::FileDescriptor& socket, const PrivateDirectory& directory) {
   const std::string aside = fmt::format(".{}.{}", controlSocketName, ::getpid());
   if (::unlinkat(directory.descriptor(), aside.c_str(), 0) != 0 && errno != ENOENT) return lastError();
   const sockaddr_un address = socketAddress(directory, aside);
@@ -65,7 +65,7 @@ void send(int socket, std::string answer) {
 
 std::expected<std::unique_ptr<ControlServer>, FileError> ControlServer::open(PrivateDirectory directory,
                                                                              Dependencies dependencies) {
-  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  posix_os::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!socket) return lastError();
   const auto file = putInPlace(socket, directory);
   if (!file) return std::unexpected(file.error());
@@ -73,7 +73,8 @@ std::expected<std::unique_ptr<ControlServer>, FileError> ControlServer::open(Pri
       new ControlServer(std::move(directory), std::move(socket), *file, std::move(dependencies)));
 }
 
-ControlServer::ControlServer(PrivateDirectory directory, FileDescriptor socket, ino_t file, Dependencies dependencies)
+ControlServer::ControlServer(PrivateDirectory directory, posix_os::FileDescriptor socket, ino_t file,
+                             Dependencies dependencies)
     : directory_(std::move(directory)),
       socket_(std::move(socket)),
       file_(file),
@@ -94,7 +95,7 @@ void ControlServer::listen() {
 }
 
 void ControlServer::acceptOne() {
-  FileDescriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  posix_os::FileDescriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (!socket) {
     if (errno == EAGAIN || errno == EINTR || errno == ECONNABORTED) return;
     // The connection stays where it is, so the watch would call again and again.

@@ -13,9 +13,9 @@
 
 #include "base/Lifetime.hpp"
 #include "base/Queue.hpp"
-#include "platform/linux/FileDescriptor.hpp"
 #include "platform/linux/FileDescriptorWatcher.hpp"
 #include "platform/linux/PrivateFiles.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -46,13 +46,13 @@ class ControlServer {
 
  private:
   struct Connection {
-    FileDescriptor socket;
+    posix_os::FileDescriptor socket;
     std::string received;
     std::unique_ptr<Subscription> readable;
     ScheduledHandle deadline;
   };
 
-  ControlServer(PrivateDirectory directory, FileDescriptor socket, ino_t file, Dependencies dependencies);
+  ControlServer(PrivateDirectory directory, posix_os::FileDescriptor socket, ino_t file, Dependencies dependencies);
   void listen();
   void acceptOne();
   void receive(std::uint64_t number);
@@ -61,7 +61,7 @@ class ControlServer {
   void close(std::uint64_t number);
 
   PrivateDirectory directory_;
-  FileDescriptor socket_;
+  posix_os::FileDescriptor socket_;
   ino_t file_;
   Dependencies dependencies_;
   std::unique_ptr<Subscription> acceptable_;

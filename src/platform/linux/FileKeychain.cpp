@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "base/Limits.hpp"
+#include "platform/posix/PlainFileName.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -21,7 +22,7 @@ KeychainStatus statusOf(const std::expected<void, FileError>& result) {
 
 std::expected<PrivateDirectory, KeychainStatus> FileKeychain::directory(const KeychainItem& item, bool create) const {
   if (item.useDataProtectionKeychain) return std::unexpected(keychain_status::missingEntitlement);
-  if (!isPlainFileName(item.account)) return std::unexpected(keychain_status::notAvailable);
+  if (!posix_os::isPlainFileName(item.account)) return std::unexpected(keychain_status::notAvailable);
   auto directory = PrivateDirectory::open(dataHome_, create);
   for (const std::string& name : {std::string("tallyfox"), std::string("keychain"), item.service}) {
     if (!directory) break;

@@ -3,6 +3,7 @@
 #include "base/Limits.hpp"
 #include "platform/linux/PrivateFiles.hpp"
 #include "platform/linux/PropertyListFile.hpp"
+#include "platform/posix/PlainFileName.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -49,7 +50,7 @@ std::vector<std::string> InstalledBundle::applicationDirectories() {
 
 std::optional<std::expected<std::map<std::string, std::string>, std::string>> InstalledBundle::propertyList(
     const std::string& name) {
-  if (!isPlainFileName(name)) return std::nullopt;
+  if (!posix_os::isPlainFileName(name)) return std::nullopt;
   const auto folder = PrivateDirectory::open(resources_.string(), false);
   const auto content =
       folder ? folder->read(name + ".plist", limits::storedFileBytes, false) : std::unexpected(folder.error());

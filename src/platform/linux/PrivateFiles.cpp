@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/posix/PlainFileName.hpp"
+
 namespace tallyfox::linux_os {
 namespace {
 
@@ -63,24 +65,19 @@ bool FileError::isMissing() const {
   return code == ENOENT;
 }
 
-bool isPlainFileName(std::string_view name) {
-  constexpr std::size_t longest = 200;  // leaves room in NAME_MAX for the names of files that are being written
-  return !name.empty() && name.size() <= longest && !name.starts_with('.') &&
-         name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
-}
-
 std::expected<PrivateDirectory, FileError> PrivateDirectory::open(const std::string& base, bool create) {
   if (create)
     if (auto made = makeDirectories(base); !made) return std::unexpected(made.error());
-  FileDescriptor directory(::open(base.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  posix_os::FileDescriptor directory(::open(base.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directory) return lastError();
   return PrivateDirectory(std::move(directory));
 }
 
 std::expected<PrivateDirectory, FileError> PrivateDirectory::inside(const std::string& name, bool create) const {
-  if (!isPlainFileName(name)) return std::unexpected(FileError{EINVAL});
+  if (!posix_os::isPlainFileName(name)) return std::unexpected(FileError{EINVAL});
   if (create && ::mkdirat(directory_.get(), name.c_str(), directoryMode) != 0 && errno != EEXIST) return lastError();
-  FileDescriptor directory(::openat(directory_.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  posix_os::FileDescriptor directory(
+      ::openat(directory_.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   struct stat status{};
   if (!directory || ::fstat(directory.get(), &status) != 0) return lastError();
   if (status.st_uid != ::geteuid()) return std::unexpected(FileError{EBADMSG});
@@ -90,7 +87,8 @@ std::expected<PrivateDirectory, FileError> PrivateDirectory::inside(const std::s
 
 std::expected<Bytes, FileError> PrivateDirectory::read(const std::string& name, std::size_t limit,
                                                        bool onlyOurs) const {
-  const FileDescriptor file(::openat(directory_.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  const posix_os::FileDescriptor file(
+      ::openat(directory_.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status{};
   if (!file || ::fstat(file.get(), &status) != 0) return lastError();
   if (S_ISDIR(status.st_mode)) return std::unexpected(FileError{EISDIR});
@@ -103,7 +101,7 @@ std::expected<Bytes, FileError> PrivateDirectory::read(const std::string& name, 
 std::expected<std::string, FileError> PrivateDirectory::writeAside(const std::string& name, ByteView content) const {
   std::string aside = "." + name + ".new";
   if (::unlinkat(directory_.get(), aside.c_str(), 0) != 0 && errno != ENOENT) return lastError();
-  const FileDescriptor file(
+  const posix_os::FileDescriptor file(
       ::openat(directory_.get(), aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode));
   if (!file) return lastError();
   auto written = writeAll(file.get(), content);

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "base/Bytes.hpp"
-#include "platform/linux/FileDescriptor.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -19,9 +19,6 @@ struct FileError {
   [[nodiscard]] bool isMissing() const;
   bool operator==(const FileError&) const = default;
 };
-
-/// One component of a path that cannot lead elsewhere: not empty, no "/", no NUL, not hidden, at most 200 bytes.
-[[nodiscard]] bool isPlainFileName(std::string_view name);
 
 /// A directory held open; names are looked up in it, not along a path that may change meanwhile.
 class PrivateDirectory {
@@ -48,11 +45,11 @@ class PrivateDirectory {
   [[nodiscard]] std::expected<void, FileError> remove(const std::string& name) const;
 
  private:
-  explicit PrivateDirectory(FileDescriptor directory) : directory_(std::move(directory)) {}
+  explicit PrivateDirectory(posix_os::FileDescriptor directory) : directory_(std::move(directory)) {}
   [[nodiscard]] std::expected<std::string, FileError> writeAside(const std::string& name, ByteView content) const;
   [[nodiscard]] std::expected<void, FileError> synchronized() const;
 
-  FileDescriptor directory_;
+  posix_os::FileDescriptor directory_;
 };
 
 }  // namespace tallyfox::linux_os

@@ -23,7 +23,7 @@ namespace tallyfox::linux_os {
 
 std::optional<RunningProcess> RunningProcess::open(std::int32_t processIdentifier) {
   if (processIdentifier <= 0) return std::nullopt;
-  FileDescriptor descriptor(pidfd_open(processIdentifier, 0));
+  posix_os::FileDescriptor descriptor(pidfd_open(processIdentifier, 0));
   if (!descriptor) return std::nullopt;
   return RunningProcess(std::move(descriptor));
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/FileDescriptor.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -24,8 +24,8 @@ class RunningProcess {
   void requestTermination() const;
 
  private:
-  explicit RunningProcess(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
-  FileDescriptor descriptor_;
+  explicit RunningProcess(posix_os::FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  posix_os::FileDescriptor descriptor_;
 };
 
 [[nodiscard]] bool isProcessRunning(std::int32_t processIdentifier);

@@ -5,15 +5,15 @@
 #include <boost/asio/post.hpp>
 #include <utility>
 
+#include "base/GuardedTask.hpp"
 #include "base/Require.hpp"
-#include "platform/linux/GuardedTask.hpp"
 
 namespace tallyfox::linux_os {
 
-TaskLoop::TaskLoop(std::string label) : label_(std::move(label)), timerDescriptor_(context_) {
-  const int copy = ::fcntl(timers_->descriptor(), F_DUPFD_CLOEXEC, 0);
+TaskLoop::TaskLoop(std::string label) : label_(std::move(label)), rings_(context_) {
+  const int copy = ::fcntl(alarm_.get(), F_DUPFD_CLOEXEC, 0);
   require(copy >= 0, "a timer descriptor can be watched");
-  timerDescriptor_.assign(copy);
+  rings_.assign(copy);
   awaitTimers();
 }
 
@@ -34,16 +34,15 @@ void TaskLoop::post(Task task) {
 }
 
 void TaskLoop::awaitTimers() {
-  timerDescriptor_.async_wait(boost::asio::posix::descriptor_base::wait_read,
-                              [this](const boost::system::error_code& error) {
-                                if (error) return;
-                                timers_->runDue([this](Task& task) {
-                                  if (context_.stopped()) return false;
-                                  runTask(task);
-                                  return !context_.stopped();
-                                });
-                                awaitTimers();
-                              });
+  rings_.async_wait(boost::asio::posix::descriptor_base::wait_read, [this](const boost::system::error_code& error) {
+    if (error) return;
+    timers_->runDue([this](Task& task) {
+      if (context_.stopped()) return false;
+      runTask(task);
+      return !context_.stopped();
+    });
+    awaitTimers();
+  });
 }
 
 }  // namespace tallyfox::linux_os

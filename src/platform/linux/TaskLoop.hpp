@@ -5,8 +5,9 @@
 #include <memory>
 #include <string>
 
+#include "base/DeadlineTimers.hpp"
 #include "base/Queue.hpp"
-#include "platform/linux/DeadlineTimers.hpp"
+#include "platform/linux/TimerDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -40,8 +41,9 @@ class TaskLoop {
 
   std::string label_;
   boost::asio::io_context context_{1};
-  boost::asio::posix::stream_descriptor timerDescriptor_;
-  std::shared_ptr<DeadlineTimers> timers_ = std::make_shared<DeadlineTimers>();
+  TimerDescriptor alarm_;
+  boost::asio::posix::stream_descriptor rings_;
+  std::shared_ptr<DeadlineTimers> timers_ = std::make_shared<DeadlineTimers>(alarm_);
 };
 
 }  // namespace tallyfox::linux_os

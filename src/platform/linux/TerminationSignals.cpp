@@ -39,8 +39,8 @@ void setHandler(void (*handler)(int)) {
 TerminationSignals::TerminationSignals() {
   std::array<int, 2> ends{};
   require(::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0, "a pipe can be opened");
-  reading_ = FileDescriptor(ends[0]);
-  writing_ = FileDescriptor(ends[1]);
+  reading_ = posix_os::FileDescriptor(ends[0]);
+  writing_ = posix_os::FileDescriptor(ends[1]);
   const int before = handlerDescriptor.exchange(writing_.get());
   require(before < 0, "termination signals are taken once");
   setHandler(onSignal);

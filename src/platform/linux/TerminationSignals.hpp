@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/FileDescriptor.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -19,8 +19,8 @@ class TerminationSignals {
   [[nodiscard]] int take();
 
  private:
-  FileDescriptor reading_;
-  FileDescriptor writing_;
+  posix_os::FileDescriptor reading_;
+  posix_os::FileDescriptor writing_;
 };
 
 }  // namespace tallyfox::linux_os

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "base/CallbackGate.hpp"
 #include "platform/WebSocketTransport.hpp"
-#include "platform/linux/CallbackGate.hpp"
 #include "platform/linux/NetworkAddress.hpp"
 #include "platform/linux/NetworkThread.hpp"
 

@@ -29,7 +29,6 @@
 #include "platform/linux/DesktopSettings.hpp"
 #include "platform/linux/FileKeychain.hpp"
 #include "platform/linux/FileUserDefaults.hpp"
-#include "platform/linux/FlockInstanceLock.hpp"
 #include "platform/linux/InstalledBundle.hpp"
 #include "platform/linux/LinuxAccessibility.hpp"
 #include "platform/linux/LinuxAccessibilityObservers.hpp"
@@ -43,7 +42,6 @@
 #include "platform/linux/ProgramLauncher.hpp"
 #include "platform/linux/SecretServiceKeychain.hpp"
 #include "platform/linux/SleepWatcher.hpp"
-#include "platform/linux/StandardOutputConsole.hpp"
 #include "platform/linux/ThreadQueue.hpp"
 #include "platform/linux/TrustChangeWatcher.hpp"
 #include "platform/linux/UserDirectories.hpp"
@@ -52,6 +50,8 @@
 #include "platform/linux/XTestInput.hpp"
 #include "platform/linux/window/QtInterface.hpp"
 #include "platform/linux/window/QtMainLoop.hpp"
+#include "platform/posix/FlockInstanceLock.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 #include "system/InstallLocation.hpp"
 #include "ui/DoctorReport.hpp"
 
@@ -72,7 +72,7 @@ struct Application {
 /// What needs no connection to the display.
 struct Services {
   ProcessEnvironment environment;
-  StandardOutputConsole console;
+  posix_os::StandardOutputConsole console;
   LinuxClock clock;
   UserDirectories directories = UserDirectories::from(environment);
   QtMainLoop mainLoop;
@@ -85,7 +85,7 @@ struct Services {
   ProgramLauncher launcher{environment.value("PATH").value_or("")};
   AutostartEntry loginItem{directories.configHome, bundle.path(), desktopNames, launcher};
   DesktopSettings settings{desktopNames, launcher};
-  FlockInstanceLock instanceLock{directories.temporary};
+  posix_os::FlockInstanceLock instanceLock{directories.temporary};
 };
 
 /// The desktop as the agent sees and touches it. The main thread and the scans share one connection for questions;
@@ -252,7 +252,7 @@ int examine(bool json) {
   ProcessEnvironment environment;
   const ExaminedPlaces places = ExaminedPlaces::from(environment);
   const UserDirectories& directories = places.directories;
-  StandardOutputConsole console(STDERR_FILENO);
+  posix_os::StandardOutputConsole console(STDERR_FILENO);
   FileUserDefaults defaults(directories.configHome, console);
   SecretServiceKeychain secretService(places.sessionBusAddress);
   FileKeychain fileKeychain(directories.dataHome);

@@ -15,12 +15,12 @@
 #include "platform/linux/AutostartEntry.hpp"
 #include "platform/linux/FileKeychain.hpp"
 #include "platform/linux/FileUserDefaults.hpp"
-#include "platform/linux/FlockInstanceLock.hpp"
 #include "platform/linux/InstalledBundle.hpp"
 #include "platform/linux/LinuxKeychain.hpp"
 #include "platform/linux/ProcessEnvironment.hpp"
 #include "platform/linux/SecretServiceKeychain.hpp"
 #include "platform/memory/MemoryServices.hpp"
+#include "platform/posix/FlockInstanceLock.hpp"
 
 namespace tallyfox::contract {
 namespace {
@@ -78,8 +78,8 @@ class FlockBackend {
 
  private:
   TemporaryFolder folder_;
-  linux_os::FlockInstanceLock first_{folder_.path()};
-  linux_os::FlockInstanceLock second_{folder_.path()};
+  posix_os::FlockInstanceLock first_{folder_.path()};
+  posix_os::FlockInstanceLock second_{folder_.path()};
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, InstanceLockContract, FlockBackend);
 

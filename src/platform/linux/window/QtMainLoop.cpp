@@ -7,10 +7,10 @@
 #include <QSocketNotifier>
 #include <utility>
 
+#include "base/GuardedTask.hpp"
 #include "base/Require.hpp"
-#include "platform/linux/FileDescriptor.hpp"
-#include "platform/linux/GuardedTask.hpp"
 #include "platform/linux/TerminationSignals.hpp"
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -24,7 +24,7 @@ class TaskEvent : public QEvent {
 /// A descriptor and what to call. The callback may end the watch that calls it.
 class Watch : public Subscription {
  public:
-  Watch(FileDescriptor descriptor, std::function<void()> onReadable)
+  Watch(posix_os::FileDescriptor descriptor, std::function<void()> onReadable)
       : state_(std::make_shared<State>(std::move(descriptor), std::move(onReadable))) {
     QObject::connect(&state_->notifier, &QSocketNotifier::activated, [state = std::weak_ptr(state_)] {
       if (const auto kept = state.lock()) kept->onReadable();
@@ -34,11 +34,11 @@ class Watch : public Subscription {
 
  private:
   struct State {
-    State(FileDescriptor watched, std::function<void()> callback)
+    State(posix_os::FileDescriptor watched, std::function<void()> callback)
         : descriptor(std::move(watched)),
           notifier(descriptor.get(), QSocketNotifier::Read),
           onReadable(std::move(callback)) {}
-    FileDescriptor descriptor;
+    posix_os::FileDescriptor descriptor;
     QSocketNotifier notifier;
     std::function<void()> onReadable;
   };
@@ -65,8 +65,7 @@ class QtMainLoop::Receiver : public QObject {
 
 QtMainLoop::QtMainLoop() : receiver_(std::make_unique<Receiver>(*this)) {
   require(QCoreApplication::instance() != nullptr, "there is an application object");
-  dueTimers_ =
-      watchReadable(timers_->descriptor(), [this] { timers_->runDue([this](Task& task) { return runTask(task); }); });
+  dueTimers_ = watchReadable(alarm_.get(), [this] { timers_->runDue([this](Task& task) { return runTask(task); }); });
 }
 
 QtMainLoop::~QtMainLoop() = default;
@@ -108,7 +107,7 @@ bool QtMainLoop::isCurrent() const {
 
 std::unique_ptr<Subscription> QtMainLoop::watchReadable(int fd, std::function<void()> onReadable) {
   // The watch works on a copy, so that two watches of one descriptor and the owner's close do not meet.
-  FileDescriptor copy(::fcntl(fd, F_DUPFD_CLOEXEC, 0));
+  posix_os::FileDescriptor copy(::fcntl(fd, F_DUPFD_CLOEXEC, 0));
   require(static_cast<bool>(copy), "a watched descriptor is open");
   return std::make_unique<Watch>(std::move(copy), [this, onReadable = std::move(onReadable)] {
     Task task = std::ref(onReadable);

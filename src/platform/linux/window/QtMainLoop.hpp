@@ -5,8 +5,9 @@
 #include <memory>
 #include <thread>
 
-#include "platform/linux/DeadlineTimers.hpp"
+#include "base/DeadlineTimers.hpp"
 #include "platform/linux/MainLoop.hpp"
+#include "platform/linux/TimerDescriptor.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -36,7 +37,8 @@ class QtMainLoop : public MainLoop {
 
   std::atomic<bool> isStopped_ = false;
   std::unique_ptr<Receiver> receiver_;
-  std::shared_ptr<DeadlineTimers> timers_ = std::make_shared<DeadlineTimers>();
+  TimerDescriptor alarm_;
+  std::shared_ptr<DeadlineTimers> timers_ = std::make_shared<DeadlineTimers>(alarm_);
   std::unique_ptr<Subscription> dueTimers_;
   std::thread::id thread_ = std::this_thread::get_id();
 };

@@ -1,10 +1,10 @@
-#include "platform/linux/StandardOutputConsole.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <string>
 
-namespace tallyfox::linux_os {
+namespace tallyfox::posix_os {
 
 void StandardOutputConsole::printLine(std::string_view line) {
   std::string text(line);
@@ -21,4 +21,4 @@ void StandardOutputConsole::printLine(std::string_view line) {
   }
 }
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox::posix_os

@@ -1,4 +1,4 @@
-#include "platform/linux/GuardedTask.hpp"
+#include "base/GuardedTask.hpp"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 
 #include "base/Require.hpp"
 
-namespace tallyfox::linux_os {
+namespace tallyfox {
 
 void runGuarded(std::string_view label, Task& task) {
   try {
@@ -17,4 +17,4 @@ void runGuarded(std::string_view label, Task& task) {
   }
 }
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox

@@ -6,7 +6,7 @@
 
 #include "base/Console.hpp"
 
-namespace tallyfox::linux_os {
+namespace tallyfox::posix_os {
 
 /// Lines on a descriptor, standard output by default. A line is one write; what cannot be written is lost.
 class StandardOutputConsole : public Console {
@@ -19,4 +19,4 @@ class StandardOutputConsole : public Console {
   std::mutex mutex_;
 };
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox::posix_os

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <utility>
 
-namespace tallyfox::linux_os {
+namespace tallyfox {
 
 /// Lets an owner on any thread end the callbacks of another thread: when close() returns, none is running (unless it is
 /// the one that closes) and none will run.
@@ -25,4 +25,4 @@ class CallbackGate {
   bool isOpen_ = true;
 };
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox

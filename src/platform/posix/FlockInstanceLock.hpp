@@ -4,7 +4,7 @@
 
 #include "platform/InstanceLock.hpp"
 
-namespace tallyfox::linux_os {
+namespace tallyfox::posix_os {
 
 /// flock on files of `directory`, the user's temporary directory. A file that belongs to another user, or is no plain
 /// file, is unavailable: on a shared /tmp nobody else decides whether this user's agent may run.
@@ -17,4 +17,4 @@ class FlockInstanceLock : public InstanceLock {
   std::string directory_;
 };
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox::posix_os

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace tallyfox::linux_os {
+namespace tallyfox::posix_os {
 
 /// Owns one open file descriptor, or none (negative).
 class FileDescriptor {
@@ -34,4 +34,4 @@ class FileDescriptor {
   int fd_ = -1;
 };
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox::posix_os

@@ -1,29 +1,16 @@
-#include "platform/linux/DeadlineTimers.hpp"
-
-#include <sys/timerfd.h>
-#include <unistd.h>
+#include "base/DeadlineTimers.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <utility>
 
-#include "base/Require.hpp"
-
-namespace tallyfox::linux_os {
+namespace tallyfox {
 namespace {
 
-constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 /// Longer delays never end within the life of a process; the bound keeps the sum of clock and delay in range.
 constexpr double longestDelaySeconds = 100.0 * 365 * 24 * 3600;
 /// A repeating timer without a period would starve every other task.
 constexpr std::int64_t shortestPeriod = 1'000'000;
-
-std::int64_t bootTime() {
-  timespec now{};
-  ::clock_gettime(CLOCK_BOOTTIME, &now);
-  return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
-}
 
 std::int64_t nanoseconds(Seconds length) {
   if (!(length.count() > 0)) return 0;
@@ -62,9 +49,7 @@ class NeverScheduled : public Scheduled {};
 
 }  // namespace
 
-DeadlineTimers::DeadlineTimers() : descriptor_(::timerfd_create(CLOCK_BOOTTIME, TFD_NONBLOCK | TFD_CLOEXEC)) {
-  require(static_cast<bool>(descriptor_), "a timer descriptor can be opened");
-}
+DeadlineTimers::DeadlineTimers(Alarm& alarm) : alarm_(alarm) {}
 
 DeadlineTimers::~DeadlineTimers() {
   // Dropped tasks may own handles of these timers; these find them gone.
@@ -87,7 +72,7 @@ ScheduledHandle DeadlineTimers::every(Seconds period, std::function<void()> task
 }
 
 ScheduledHandle DeadlineTimers::schedule(std::shared_ptr<Timer> timer, Seconds delay) {
-  timer->deadline = bootTime() + std::max(nanoseconds(delay), timer->period);
+  timer->deadline = alarm_.now() + std::max(nanoseconds(delay), timer->period);
   {
     const std::scoped_lock lock(mutex_);
     insert(timer);
@@ -111,21 +96,17 @@ void DeadlineTimers::cancel(const std::shared_ptr<Timer>& timer) {
   deadlines_.erase(waiting);
 }
 
-/// Sets the descriptor to the earliest deadline; an earlier setting that has become useless only wakes the loop once.
+/// Sets the alarm to the earliest deadline; an earlier setting that has become useless only wakes the loop once.
 void DeadlineTimers::arm() {
-  if (deadlines_.empty()) return;
-  const std::int64_t first = std::max<std::int64_t>(deadlines_.begin()->first, 1);
-  itimerspec setting{};
-  setting.it_value.tv_sec = first / nanosecondsPerSecond;
-  setting.it_value.tv_nsec = first % nanosecondsPerSecond;
-  ::timerfd_settime(descriptor_.get(), TFD_TIMER_ABSTIME, &setting, nullptr);
+  if (!deadlines_.empty()) alarm_.set(deadlines_.begin()->first);
 }
 
 void DeadlineTimers::runDue(const std::function<bool(Task&)>& run) {
-  std::uint64_t expirations = 0;
-  // Read empty only to be told of the next expiration; how many there were means nothing.
-  [[maybe_unused]] const auto count = ::read(descriptor_.get(), &expirations, sizeof expirations);
-  const std::int64_t now = bootTime();
+  {
+    const std::scoped_lock lock(mutex_);
+    alarm_.acknowledge();
+  }
+  const std::int64_t now = alarm_.now();
   bool goesOn = true;
   while (goesOn) {
     const auto timer = takeDue(now);
@@ -152,4 +133,4 @@ std::shared_ptr<DeadlineTimers::Timer> DeadlineTimers::takeDue(std::int64_t now)
   return timer;
 }
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox

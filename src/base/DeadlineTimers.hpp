@@ -6,26 +6,25 @@
 #include <memory>
 #include <mutex>
 
+#include "base/Alarm.hpp"
 #include "base/Queue.hpp"
-#include "platform/linux/FileDescriptor.hpp"
 
-namespace tallyfox::linux_os {
+namespace tallyfox {
 
-/// The timers of one queue, on CLOCK_BOOTTIME, so that they go on through sleep and fall due at once after it. They
-/// share one descriptor, which the queue's event loop watches; when it is readable the queue calls runDue(). All other
-/// calls may come from any thread.
+/// The timers of one queue, which go on through sleep and fall due at once after it. They share one alarm; when it
+/// wakes the queue's event loop, the queue calls runDue(). All other calls may come from any thread.
 class DeadlineTimers : public std::enable_shared_from_this<DeadlineTimers> {
  public:
   /// A timer that waits, or whose task runs now.
   struct Timer;
 
-  DeadlineTimers();
+  /// `alarm` outlives the timers.
+  explicit DeadlineTimers(Alarm& alarm);
   /// Timers that wait are dropped; their handles then do nothing.
   ~DeadlineTimers();
   DeadlineTimers(const DeadlineTimers&) = delete;
   DeadlineTimers& operator=(const DeadlineTimers&) = delete;
 
-  [[nodiscard]] int descriptor() const { return descriptor_.get(); }
   [[nodiscard]] ScheduledHandle after(Seconds delay, Task task);
   [[nodiscard]] ScheduledHandle every(Seconds period, std::function<void()> task);
   void cancel(const std::shared_ptr<Timer>& timer);
@@ -41,9 +40,9 @@ class DeadlineTimers : public std::enable_shared_from_this<DeadlineTimers> {
   void arm();
   [[nodiscard]] std::shared_ptr<Timer> takeDue(std::int64_t now);
 
-  FileDescriptor descriptor_;
-  std::mutex mutex_;     ///< guards deadlines_ and the state of every timer
-  Deadlines deadlines_;  ///< nanoseconds on CLOCK_BOOTTIME
+  Alarm& alarm_;
+  std::mutex mutex_;     ///< guards deadlines_, the state of every timer, and what is written to alarm_
+  Deadlines deadlines_;  ///< by the alarm's clock
 };
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox

@@ -1,13 +1,13 @@
-#include "platform/linux/FlockInstanceLock.hpp"
+#include "platform/posix/FlockInstanceLock.hpp"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
-#include "platform/linux/FileDescriptor.hpp"
-#include "platform/linux/PrivateFiles.hpp"
+#include "platform/posix/FileDescriptor.hpp"
+#include "platform/posix/PlainFileName.hpp"
 
-namespace tallyfox::linux_os {
+namespace tallyfox::posix_os {
 namespace {
 
 class HeldFlock : public HeldLock {
@@ -32,4 +32,4 @@ LockResult FlockInstanceLock::acquire(const std::string& fileName) {
   return {LockOutcome::acquired, std::make_unique<HeldFlock>(std::move(file))};
 }
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox::posix_os
