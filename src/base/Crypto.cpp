@@ -1,7 +1,6 @@
 #include "base/Crypto.hpp"
 
 #include <openssl/evp.h>
-#include <openssl/rand.h>
 #include <openssl/sha.h>
 
 #include <algorithm>
@@ -27,10 +26,6 @@ Sha256Digest sha256(ByteView bytes) {
   Sha256Digest digest{};
   SHA256(bytes.data(), bytes.size(), digest.data());
   return digest;
-}
-
-bool fillWithSecureRandom(std::span<std::uint8_t> bytes) {
-  return bytes.size() <= INT_MAX && RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1;
 }
 
 std::expected<Bytes, CryptoError> aesGcmSealed(const AesKey& key, const AesGcmNonce& nonce, ByteView plaintext) {

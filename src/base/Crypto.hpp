@@ -14,7 +14,8 @@ namespace tallyfox {
 using Sha256Digest = std::array<std::uint8_t, 32>;
 [[nodiscard]] Sha256Digest sha256(ByteView bytes);
 
-/// Fills from the operating system's secure source; false when that source fails (the content is then unspecified).
+/// Fills from the secure source of OpenSSL, on the Mac from the system's own; false when that source fails (the content
+/// is then unspecified).
 [[nodiscard]] bool fillWithSecureRandom(std::span<std::uint8_t> bytes);
 
 inline constexpr std::size_t aesGcmNonceBytes = 12;
