@@ -18,12 +18,12 @@ constexpr uintptr_t timer = 1;
 /// that step is short.
 constexpr std::int64_t longestStep = 1'000'000'000;
 
-bool changeTimer(int queue, std::uint16_t flags, std::int64_t nanoseconds) {
+void setTimer(int queue, std::int64_t nanoseconds) {
   // An interval, since an absolute time would be one of the wall clock, or of the processor's own ticks, which are not
   // what a translated process takes them for. It counts on through sleep.
   const struct kevent change = {.ident = timer,
                                 .filter = EVFILT_TIMER,
-                                .flags = flags,
+                                .flags = EV_ADD | EV_ONESHOT,
                                 .fflags = NOTE_NSECONDS | NOTE_MACH_CONTINUOUS_TIME,
                                 .data = static_cast<intptr_t>(nanoseconds),
                                 .udata = nullptr};
@@ -31,7 +31,7 @@ bool changeTimer(int queue, std::uint16_t flags, std::int64_t nanoseconds) {
   do
     result = ::kevent(queue, &change, 1, nullptr, 0, nullptr);
   while (result < 0 && errno == EINTR);
-  return result == 0;
+  require(result == 0, "a kernel timer can be set");
 }
 
 }  // namespace
@@ -40,30 +40,24 @@ KqueueAlarm::KqueueAlarm() : queue_(::kqueue()) {
   require(static_cast<bool>(queue_), "a kernel event queue can be opened");
 }
 
+std::int64_t KqueueAlarm::now() const {
+  return continuousNanoseconds();
+}
+
+void KqueueAlarm::set(std::int64_t deadline) {
+  std::int64_t start = 0;
+  do {
+    start = now();
+    setTimer(queue_.get(), std::max<std::int64_t>(deadline - start, 0));
+  } while (now() - start > longestStep);
+}
+
 void KqueueAlarm::acknowledge() {
   struct kevent fired = {};
   const timespec atOnce{};
   // A timer that was set anew after it fired leaves the queue readable for one look, which then finds nothing.
   while (::kevent(queue_.get(), nullptr, 0, &fired, 1, &atOnce) < 0 && errno == EINTR) {
   }
-}
-
-std::int64_t KqueueAlarm::now() const {
-  return continuousNanoseconds();
-}
-
-void KqueueAlarm::set(std::optional<std::int64_t> deadlineNanoseconds) {
-  if (!deadlineNanoseconds) {
-    // There is none when the last one has fired.
-    [[maybe_unused]] const bool wasSet = changeTimer(queue_.get(), EV_DELETE, 0);
-    return;
-  }
-  std::int64_t start = 0;
-  do {
-    start = now();
-    const std::int64_t remaining = std::max<std::int64_t>(*deadlineNanoseconds - start, 0);
-    require(changeTimer(queue_.get(), EV_ADD | EV_ONESHOT, remaining), "a kernel timer can be set");
-  } while (now() - start > longestStep);
 }
 
 }  // namespace tallyfox::mac_os

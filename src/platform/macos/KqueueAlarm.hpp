@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
-#include "base/DeadlineTimers.hpp"
+#include "base/Alarm.hpp"
 #include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::mac_os {
@@ -16,11 +15,10 @@ class KqueueAlarm : public Alarm {
 
   /// For the queue's event loop to watch; open as long as the alarm lives.
   [[nodiscard]] int descriptor() const { return queue_.get(); }
-  /// Ends the readiness that has been noticed; to be called before the timers that are due are looked for.
-  void acknowledge();
 
   [[nodiscard]] std::int64_t now() const override;
-  void set(std::optional<std::int64_t> deadlineNanoseconds) override;
+  void set(std::int64_t deadline) override;
+  void acknowledge() override;
 
  private:
   posix_os::FileDescriptor queue_;

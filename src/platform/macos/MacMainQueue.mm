@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "base/DeadlineTimers.hpp"
 #include "base/GuardedTask.hpp"
 #include "base/PendingTasks.hpp"
 #include "base/Require.hpp"
@@ -67,7 +68,8 @@ void MacMainQueue::Impl::onSignalled(void* self) {
 void MacMainQueue::Impl::onReadable(CFFileDescriptorRef descriptor, CFOptionFlags /*kinds*/, void* self) {
   const auto kept = static_cast<Impl*>(self)->shared_from_this();
   kept->alarm.acknowledge();
-  // Each callback has to be asked for; now, for a timer's task that waits in a run loop of its own.
+  // Each callback has to be asked for: now, for a timer's task that waits in a run loop of its own, but not while the
+  // descriptor is still readable.
   CFFileDescriptorEnableCallBacks(descriptor, kCFFileDescriptorReadCallBack);
   kept->runDueTimers();
 }

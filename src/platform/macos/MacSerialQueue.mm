@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "base/DeadlineTimers.hpp"
 #include "base/GuardedTask.hpp"
 #include "base/PendingTasks.hpp"
 #include "base/Require.hpp"
@@ -51,7 +52,7 @@ void MacSerialQueue::Impl::watchAlarm(const std::shared_ptr<Impl>& self) {
     kept->runDueTimers();
   });
   dispatch_source_set_cancel_handler(source, ^{
-    kept->alarm.set(std::nullopt);
+    (void)kept;
   });
   self->alarmSource = source;
   dispatch_activate(source);
@@ -64,7 +65,6 @@ void MacSerialQueue::Impl::runFirst() noexcept {
 void MacSerialQueue::Impl::runDueTimers() noexcept {
   if (tasks.isClosed()) return;
   const auto kept = timers;
-  alarm.acknowledge();
   kept->runDue([this](Task& task) {
     run(task);
     return !tasks.isClosed();
