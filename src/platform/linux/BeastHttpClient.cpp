@@ -16,6 +16,7 @@
 #include <boost/none.hpp>
 
 #include "base/CallbackGate.hpp"
+#include "base/HttpHeaders.hpp"
 #include "base/Limits.hpp"
 #include "platform/linux/NetworkErrors.hpp"
 #include "platform/linux/NetworkStreams.hpp"

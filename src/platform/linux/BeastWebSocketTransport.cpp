@@ -2,6 +2,7 @@
 
 #include <boost/asio/post.hpp>
 
+#include "base/HttpHeaders.hpp"
 #include "platform/linux/NetworkErrors.hpp"
 #include "platform/linux/WebSocketSession.hpp"
 

@@ -1,21 +1,8 @@
 #include "platform/linux/NetworkAddress.hpp"
 
-#include <algorithm>
-
 #include "base/Url.hpp"
 
 namespace tallyfox::linux_os {
-namespace {
-
-bool isControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-}
-
-bool isNameCharacter(char c) {
-  return !isControl(c) && c != ' ' && c != ':' && static_cast<unsigned char>(c) < 0x80;
-}
-
-}  // namespace
 
 std::optional<NetworkAddress> NetworkAddress::parsed(std::string_view url, std::string_view plainScheme,
                                                      std::string_view secureScheme) {
@@ -30,13 +17,6 @@ std::optional<NetworkAddress> NetworkAddress::parsed(std::string_view url, std::
   address.target = parts->path.empty() ? "/" : parts->path;
   if (parts->query) address.target += "?" + *parts->query;
   return address;
-}
-
-bool areHeadersWellFormed(const HeaderList& headers) {
-  return std::ranges::all_of(headers, [](const auto& header) {
-    return !header.first.empty() && std::ranges::all_of(header.first, isNameCharacter) &&
-           std::ranges::none_of(header.second, isControl);
-  });
 }
 
 }  // namespace tallyfox::linux_os

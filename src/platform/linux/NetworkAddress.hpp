@@ -3,8 +3,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace tallyfox::linux_os {
 
@@ -21,9 +19,5 @@ struct NetworkAddress {
                                                             std::string_view secureScheme);
   bool operator==(const NetworkAddress&) const = default;
 };
-
-using HeaderList = std::vector<std::pair<std::string, std::string>>;
-/// Whether no name or value could end its line and begin another.
-[[nodiscard]] bool areHeadersWellFormed(const HeaderList& headers);
 
 }  // namespace tallyfox::linux_os

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "base/HttpDate.hpp"
+#include "base/HttpHeaders.hpp"
 #include "base/Limits.hpp"
 #include "platform/linux/NetworkErrors.hpp"
 #include "platform/linux/NetworkStreams.hpp"

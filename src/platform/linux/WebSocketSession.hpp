@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/CallbackGate.hpp"
+#include "base/HttpHeaders.hpp"
 #include "platform/WebSocketTransport.hpp"
 #include "platform/linux/NetworkAddress.hpp"
 #include "platform/linux/NetworkThread.hpp"
