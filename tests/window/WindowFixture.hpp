@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/window/InterfaceActions.hpp"
 #include "platform/linux/window/TemplateImagePainter.hpp"
+#include "ui/InterfaceActions.hpp"
 #include "window/GalleryStates.hpp"
 
 namespace tallyfox::linux_os {

@@ -11,9 +11,9 @@
 #include "platform/linux/window/AboutBox.hpp"
 #include "platform/linux/window/AppearanceObserver.hpp"
 #include "platform/linux/window/ApplicationActions.hpp"
-#include "platform/linux/window/InterfaceActions.hpp"
 #include "platform/linux/window/StatusWindowController.hpp"
 #include "platform/linux/window/TrayItem.hpp"
+#include "ui/InterfaceActions.hpp"
 
 namespace tallyfox::linux_os {
 

@@ -5,8 +5,8 @@
 #include "base/Lifetime.hpp"
 #include "base/Queue.hpp"
 #include "platform/linux/window/ApplicationActions.hpp"
-#include "platform/linux/window/InterfaceActions.hpp"
 #include "platform/linux/window/StatusWindow.hpp"
+#include "ui/InterfaceActions.hpp"
 
 namespace tallyfox::linux_os {
 

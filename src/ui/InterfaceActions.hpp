@@ -6,7 +6,7 @@
 #include "ui/MacStatusSnapshot.hpp"
 #include "ui/StatusWindowModel.hpp"
 
-namespace tallyfox::linux_os {
+namespace tallyfox {
 
 /// What the interface asks of the agent. Main thread; none of them waits for the owner.
 struct InterfaceActions {
@@ -21,4 +21,4 @@ struct InterfaceActions {
   std::function<void()> quit;
 };
 
-}  // namespace tallyfox::linux_os
+}  // namespace tallyfox
