@@ -2,17 +2,15 @@
 
 #include <QPointer>
 
-#include "base/Lifetime.hpp"
 #include "base/Queue.hpp"
 #include "platform/linux/window/ApplicationActions.hpp"
 #include "platform/linux/window/StatusWindow.hpp"
-#include "ui/InterfaceActions.hpp"
+#include "ui/StatusWindowPresenter.hpp"
 
 namespace tallyfox::linux_os {
 
-/// Opens the status window, keeps it up to date while it is shown, and carries out what is pressed in it. A closed
-/// window is gone with all its memory; the next one is built anew.
-class StatusWindowController {
+/// The status window's life: a closed window is gone with all its memory; the next one is built anew.
+class StatusWindowController : private StatusWindowView {
  public:
   struct Dependencies {
     const InterfaceActions& actions;
@@ -20,7 +18,7 @@ class StatusWindowController {
     SerialQueue& mainQueue;
   };
   StatusWindowController(Dependencies dependencies, Appearance appearance);
-  ~StatusWindowController();
+  ~StatusWindowController() override;
   StatusWindowController(const StatusWindowController&) = delete;
   StatusWindowController& operator=(const StatusWindowController&) = delete;
 
@@ -33,19 +31,18 @@ class StatusWindowController {
   [[nodiscard]] StatusWindow* window() const { return window_; }
 
  private:
+  void apply(const StatusWindowModel& model) override;
+  void ask(const ConfirmationModel& question, std::function<void()> onConfirmed) override;
+  void openPauseMenu(bool isPaused, std::function<void(const PauseMenuChoice&)> onChoice) override;
+
   void open();
   void onClosed();
-  void perform(StatusWindowAction action, QWidget& origin);
-  [[nodiscard]] bool isPaused() const;
-  void toggleNotificationPause();
-  void choose(const PauseMenuChoice& choice);
 
   Dependencies dependencies_;
   Appearance appearance_;
   QPointer<StatusWindow> window_;
-  ScheduledHandle refreshTimer_;
-  bool isCodeRequested_ = false;
-  Lifetime lifetime_;
+  QPointer<QWidget> pressed_;  ///< the button that asked for what is asked of the window
+  StatusWindowPresenter presenter_;
 };
 
 }  // namespace tallyfox::linux_os
