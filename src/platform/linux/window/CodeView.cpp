@@ -4,7 +4,6 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include "platform/linux/window/Localized.hpp"
 #include "ui/StatusWindowLayout.hpp"
@@ -15,32 +14,7 @@ namespace {
 constexpr int gap = 6;  ///< kept free above and below the white ground
 constexpr int side = static_cast<int>(status_window_layout::codeSide);
 
-/// Where colours change in a row or column lies on a border between modules, and rows and columns change often enough
-/// for the common divisor of those places to be a module's side.
-std::size_t moduleSide(const GrayscaleImage& image) {
-  std::size_t divisor = std::gcd(image.width, image.height);
-  for (std::size_t y = 0; y < image.height; ++y)
-    for (std::size_t x = 0; x < image.width; ++x) {
-      const std::size_t at = y * image.width + x;
-      if (x > 0 && image.pixels[at] != image.pixels[at - 1]) divisor = std::gcd(divisor, x);
-      if (y > 0 && image.pixels[at] != image.pixels[at - image.width]) divisor = std::gcd(divisor, y);
-      if (divisor == 1) return 1;
-    }
-  return std::max<std::size_t>(divisor, 1);
-}
-
 }  // namespace
-
-QImage modulesOf(const GrayscaleImage& image) {
-  const std::size_t step = moduleSide(image);
-  QImage modules(static_cast<int>(image.width / step), static_cast<int>(image.height / step),
-                 QImage::Format_Grayscale8);
-  for (int y = 0; y < modules.height(); ++y)
-    for (int x = 0; x < modules.width(); ++x)
-      modules.scanLine(y)[x] =
-          image.pixels[static_cast<std::size_t>(y) * step * image.width + static_cast<std::size_t>(x) * step];
-  return modules;
-}
 
 CodeView::CodeView() {
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
@@ -53,19 +27,23 @@ void CodeView::apply(const std::optional<GrayscaleImage>& image, const std::stri
     setAccessibleDescription(description);
   if (image == image_) return;
   image_ = image;
-  modules_ = image ? modulesOf(*image) : QImage();
+  modules_ = image ? codeModules(*image) : GrayscaleImage();
+  runs_ = codeRuns(modules_);
   setVisible(image.has_value());
   updateGeometry();
   update();
 }
 
-int CodeView::pixelsPerModule() const {
-  if (modules_.isNull()) return 1;
-  return std::max(static_cast<int>(std::lround(side * devicePixelRatioF() / modules_.width())), 1);
+int CodeView::modulePixels() const {
+  return pixelsPerModule(modules_.width, side, devicePixelRatioF());
+}
+
+int CodeView::codePixels() const {
+  return modulePixels() * static_cast<int>(modules_.width);
 }
 
 QSize CodeView::sizeHint() const {
-  const int needed = static_cast<int>(std::ceil(pixelsPerModule() * modules_.width() / devicePixelRatioF()));
+  const int needed = static_cast<int>(std::ceil(codePixels() / devicePixelRatioF()));
   return {std::max(side, needed), std::max(side, needed) + 2 * gap};
 }
 
@@ -89,18 +67,13 @@ void CodeView::paintEvent(QPaintEvent* /*event*/) {
   // From here in modules, laid on whole device pixels.
   const QTransform device = painter.deviceTransform();
   const QPointF centre = device.map(QRectF(rect()).center());
-  const int pixels = pixelsPerModule();
-  const QTransform modulesToDevice(pixels, 0, 0, pixels, std::round(centre.x() - modules_.width() * pixels / 2.0),
-                                   std::round(centre.y() - modules_.height() * pixels / 2.0));
+  const int pixels = modulePixels();
+  const double half = codePixels() / 2.0;
+  const QTransform modulesToDevice(pixels, 0, 0, pixels, std::round(centre.x() - half), std::round(centre.y() - half));
   painter.setRenderHint(QPainter::Antialiasing, false);
   painter.setWorldTransform(modulesToDevice * device.inverted());
-  for (int y = 0; y < modules_.height(); ++y)
-    for (int x = 0; x < modules_.width(); ++x) {
-      const int start = x;
-      while (x < modules_.width() && modules_.constScanLine(y)[x] == 0)
-        ++x;
-      if (x > start) painter.fillRect(start, y, x - start, 1, Qt::black);
-    }
+  for (const CodeRun& run : runs_)
+    painter.fillRect(static_cast<int>(run.x), static_cast<int>(run.y), static_cast<int>(run.length), 1, Qt::black);
 }
 
 }  // namespace tallyfox::linux_os

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <QImage>
 #include <QWidget>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "model/GrayscaleImage.hpp"
+#include "ui/PairingCodeDrawing.hpp"
 
 namespace tallyfox::linux_os {
 
@@ -26,14 +27,12 @@ class CodeView : public QWidget {
   bool event(QEvent* event) override;
 
  private:
-  /// Device pixels for one module: as near to the code's side as whole pixels allow, and at least one.
-  [[nodiscard]] int pixelsPerModule() const;
+  [[nodiscard]] int modulePixels() const;  ///< of the device, for one module
+  [[nodiscard]] int codePixels() const;    ///< for all modules in a row
 
   std::optional<GrayscaleImage> image_;
-  QImage modules_;  ///< a pixel for each module
+  GrayscaleImage modules_;  ///< a pixel for each module
+  std::vector<CodeRun> runs_;
 };
-
-/// The code with one pixel for each of its modules. An image that is no such code stays as it is.
-[[nodiscard]] QImage modulesOf(const GrayscaleImage& image);
 
 }  // namespace tallyfox::linux_os
