@@ -4,6 +4,8 @@
 #include <QWidget>
 #include <algorithm>
 
+#include "ui/FlowArrangement.hpp"
+
 namespace tallyfox::linux_os {
 
 FlowLayout::FlowLayout(Gaps gaps) : gaps_(gaps) {
@@ -70,22 +72,21 @@ void FlowLayout::setGeometry(const QRect& area) {
 int FlowLayout::arrange(const QRect& area, bool isApplied) const {
   const Qt::LayoutDirection direction = parentWidget() != nullptr ? parentWidget()->layoutDirection() : Qt::LeftToRight;
   const QRect place = area.adjusted(-gaps_.overhang, gaps_.above, gaps_.overhang, 0);
-  int x = 0;
-  int y = 0;
-  int lineHeight = 0;
+  std::vector<QLayoutItem*> shown;
+  std::vector<FlowSize> sizes;
   for (const auto& item : items_) {
     if (item->isEmpty()) continue;
-    const QSize size(std::min(item->sizeHint().width(), place.width()), item->sizeHint().height());
-    if (x > 0 && x + size.width() > place.width()) {
-      x = 0;
-      y += lineHeight + gaps_.between;
-      lineHeight = 0;
-    }
-    if (isApplied) item->setGeometry(QStyle::visualRect(direction, place, {place.topLeft() + QPoint(x, y), size}));
-    x += size.width() + gaps_.between;
-    lineHeight = std::max(lineHeight, size.height());
+    shown.push_back(item.get());
+    const QSize size = item->sizeHint();
+    sizes.push_back({.width = static_cast<double>(size.width()), .height = static_cast<double>(size.height())});
   }
-  return lineHeight > 0 ? gaps_.above + y + lineHeight : 0;
+  if (shown.empty()) return 0;
+  const auto places = flowArrangement(sizes, place.width(), gaps_.between);
+  for (std::size_t i = 0; isApplied && i < shown.size(); ++i) {
+    const QRect inside = QRectF(places[i].x, places[i].y, places[i].width, places[i].height).toRect();
+    shown[i]->setGeometry(QStyle::visualRect(direction, place, inside.translated(place.topLeft())));
+  }
+  return gaps_.above + static_cast<int>(flowHeight(places));
 }
 
 }  // namespace tallyfox::linux_os
