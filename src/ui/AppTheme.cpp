@@ -27,6 +27,14 @@ AppTheme AppTheme::of(Appearance appearance) {
           .focusRing = app_brand::successPill};
 }
 
+AppTheme AppTheme::withIncreasedContrast() const {
+  AppTheme theme = *this;
+  theme.cardBorder = secondaryText;
+  theme.buttonBorder = secondaryText;
+  theme.secondaryText = text;
+  return theme;
+}
+
 Color AppTheme::textColor(TextRole role) const {
   switch (role) {
     case TextRole::primary:

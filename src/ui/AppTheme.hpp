@@ -25,6 +25,8 @@ struct AppTheme {
   Color focusRing;
 
   [[nodiscard]] static AppTheme of(Appearance appearance);
+  /// For owners who have asked their system for more contrast: no text is paler than another, and edges are plain.
+  [[nodiscard]] AppTheme withIncreasedContrast() const;
   [[nodiscard]] Color textColor(TextRole role) const;
 };
 

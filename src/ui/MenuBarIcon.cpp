@@ -32,4 +32,8 @@ double menuBarItemLength(std::int64_t pendingCount) {
   return pendingCount < 1 ? plain : withDot;
 }
 
+std::string menuBarLabel(std::int64_t pendingCount) {
+  return pendingCount < 1 ? menuBarToolTip : "Tallyfox, approvals pending";
+}
+
 }  // namespace tallyfox

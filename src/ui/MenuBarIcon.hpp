@@ -77,4 +77,7 @@ struct TemplateImage {
 
 inline constexpr const char* menuBarToolTip = "Tallyfox";
 
+/// What the item says to whoever cannot see its dot.
+[[nodiscard]] std::string menuBarLabel(std::int64_t pendingCount);
+
 }  // namespace tallyfox

@@ -14,4 +14,12 @@ StatusWindowFit statusWindowFit(StatusWindowContentSize visibleArea, double comp
                    .height = std::min(isWide ? wideHeight : compactHeight, mostHeight)}};
 }
 
+drawing::Point keptOnScreen(const drawing::Rectangle& frame, const drawing::Rectangle& visibleArea) {
+  const auto kept = [](double start, double length, double areaStart, double areaLength) {
+    return std::clamp(start, areaStart, std::max(areaStart, areaStart + areaLength - length));
+  };
+  return {.x = kept(frame.x, frame.width, visibleArea.x, visibleArea.width),
+          .y = kept(frame.y, frame.height, visibleArea.y, visibleArea.height)};
+}
+
 }  // namespace tallyfox

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/MenuBarIcon.hpp"
+
 namespace tallyfox {
 
 /// Sizes of the status window, in points.
@@ -35,5 +37,9 @@ struct StatusWindowFit {
 /// The layout and size of the window on a screen whose visible area is given, for content of these heights.
 [[nodiscard]] StatusWindowFit statusWindowFit(StatusWindowContentSize visibleArea, double compactHeight,
                                               double wideHeight);
+
+/// Where the window's frame is to lie so that all of it is inside the visible area, its top left corner first where it
+/// is larger. Both from the top left, y downwards.
+[[nodiscard]] drawing::Point keptOnScreen(const drawing::Rectangle& frame, const drawing::Rectangle& visibleArea);
 
 }  // namespace tallyfox

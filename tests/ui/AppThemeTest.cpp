@@ -86,6 +86,20 @@ TEST(AppTheme, isLightOrDarkThroughout) {
   EXPECT_GT(luminance(dark.cardBackground), luminance(dark.windowBackground));
 }
 
+TEST(AppTheme, hasMoreContrastForWhoeverAsksForIt) {
+  for (const Appearance appearance : appearances) {
+    const AppTheme plain = AppTheme::of(appearance);
+    const AppTheme strong = plain.withIncreasedContrast();
+    for (const TextRole role : textRoles)
+      EXPECT_GE(contrast(strong.textColor(role), strong.cardBackground),
+                contrast(plain.textColor(role), plain.cardBackground));
+    EXPECT_EQ(strong.textColor(TextRole::secondary), plain.text);
+    for (const Color& edge : {strong.cardBorder, strong.buttonBorder})
+      for (const Color& ground : {strong.windowBackground, strong.cardBackground})
+        EXPECT_GE(contrast(edge, ground), readable) << static_cast<int>(appearance);
+  }
+}
+
 TEST(AppTheme, tellsItsTextRolesApart) {
   for (const Appearance appearance : appearances) {
     const AppTheme theme = AppTheme::of(appearance);

@@ -46,6 +46,9 @@ TEST(MenuBarItem, shrinksBackOnceNothingIsPending) {
 
 TEST(MenuBarItem, saysWhoseItIs) {
   EXPECT_STREQ(menuBarToolTip, "Tallyfox");
+  EXPECT_EQ(menuBarLabel(0), "Tallyfox");
+  EXPECT_EQ(menuBarLabel(1), "Tallyfox, approvals pending");
+  EXPECT_EQ(menuBarLabel(57), menuBarLabel(1)) << "the dot has no number either";
 }
 
 }  // namespace

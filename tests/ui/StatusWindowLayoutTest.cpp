@@ -60,6 +60,19 @@ TEST(StatusWindowLayout, keepsItsMarginOnScreensOfEverySize) {
   }
 }
 
+TEST(StatusWindowLayout, movesAWindowBackOntoItsScreenAndLeavesOneThatIsOnIt) {
+  using drawing::Point;
+  const drawing::Rectangle area{.x = 100, .y = 25, .width = 1000, .height = 700};
+  const auto kept = [&](double x, double y, double width, double height) {
+    return keptOnScreen({.x = x, .y = y, .width = width, .height = height}, area);
+  };
+  EXPECT_EQ(kept(300, 200, 440, 500), (Point{300, 200}));
+  EXPECT_EQ(kept(660, 225, 440, 500), (Point{660, 225}));
+  EXPECT_EQ(kept(900, 600, 440, 500), (Point{660, 225}));
+  EXPECT_EQ(kept(-50, 0, 440, 500), (Point{100, 25}));
+  EXPECT_EQ(kept(300, 200, 1200, 800), (Point{100, 25})) << "too large: its title bar stays";
+}
+
 TEST(StatusWindowLayout, hasTheMarginsOfItsStack) {
   using namespace status_window_layout;
   EXPECT_EQ((std::vector{sideMargin, topMargin, bottomMargin, spacing, cardCornerRadius}),

@@ -10,6 +10,7 @@
 #include "platform/linux/window/Localized.hpp"
 #include "platform/linux/window/TextLabel.hpp"
 #include "platform/linux/window/ThemePalette.hpp"
+#include "ui/AboutTexts.hpp"
 
 namespace tallyfox::linux_os {
 namespace {
@@ -20,9 +21,6 @@ constexpr int boxWidth = 380;
 constexpr double nameSize = 1.5;
 constexpr double noticeSize = 0.92;
 
-constexpr const char* purpose = "Answer this computer's approval dialogs from a paired phone.";
-constexpr const char* licence =
-    "Licensed under the Apache License, Version 2.0. It comes without warranty of any kind.";
 constexpr const char* notices =
     "This program uses Qt, libsecret and libsystemd under the GNU Lesser General Public License, OpenSSL under the "
     "Apache License, Boost under the Boost Software License, ICU under the Unicode License, and fmt, JSON for Modern "
@@ -57,9 +55,9 @@ AboutBox::AboutBox(const std::string& version, Appearance appearance) {
   addText(*column, "Tallyfox", {.relativeSize = nameSize, .weight = QFont::Bold});
   addText(*column, "Version " + version, {.role = TextRole::secondary});
   column->addSpacing(spacing);
-  addText(*column, purpose, {});
+  addText(*column, about_texts::purpose, {});
   column->addSpacing(spacing);
-  addText(*column, licence, {.role = TextRole::secondary, .relativeSize = noticeSize});
+  addText(*column, about_texts::licence, {.role = TextRole::secondary, .relativeSize = noticeSize});
   addText(*column, notices, {.role = TextRole::secondary, .relativeSize = noticeSize});
   column->addSpacing(spacing);
   auto* buttons = new QDialogButtonBox;

@@ -26,6 +26,13 @@ QSize wholeSize(const StatusWindowContentSize& size) {
   return {static_cast<int>(std::floor(size.width)), static_cast<int>(std::floor(size.height))};
 }
 
+drawing::Rectangle drawnRectangle(const QRect& rectangle) {
+  return {.x = static_cast<double>(rectangle.x()),
+          .y = static_cast<double>(rectangle.y()),
+          .width = static_cast<double>(rectangle.width()),
+          .height = static_cast<double>(rectangle.height())};
+}
+
 /// Takes up at once what has changed in a widget and in all that it holds: Qt would do so when the event loop is back,
 /// and until then answer with the old sizes.
 void settleLayouts(QWidget& root) {
@@ -222,8 +229,8 @@ void StatusWindow::keepOnScreen() {
   if (!isVisible()) return;
   const QRect area = screen()->availableGeometry();
   const QRect frame = frameGeometry();
-  const QPoint place(std::clamp(frame.left(), area.left(), std::max(area.left(), area.right() + 1 - frame.width())),
-                     std::clamp(frame.top(), area.top(), std::max(area.top(), area.bottom() + 1 - frame.height())));
+  const drawing::Point kept = keptOnScreen(drawnRectangle(frame), drawnRectangle(area));
+  const QPoint place(static_cast<int>(kept.x), static_cast<int>(kept.y));
   if (place != frame.topLeft()) move(place);
 }
 
