@@ -6,7 +6,10 @@ target_compile_options(tallyfox_flags INTERFACE
 # What users run is hardened, and names no folder of the machine that built it.
 target_compile_options(tallyfox_flags INTERFACE
   $<$<CONFIG:Release>:-fstack-protector-strong> $<$<CONFIG:Release>:-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=>)
-target_link_options(tallyfox_flags INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
+if(NOT APPLE)
+  # The Mac's loader has what these ask for without being asked.
+  target_link_options(tallyfox_flags INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
+endif()
 target_compile_definitions(tallyfox_flags INTERFACE
   BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION
   $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
@@ -47,11 +50,29 @@ function(tallyfox_room name)
   endif()
 endfunction()
 
-# tallyfox_tests(NAME [LINK targets...]): one test program from the .cpp files of this folder, run by ctest case by case.
+# tallyfox_objcxx_room(NAME [LINK targets...]): the library tallyfox_NAME from the .mm and .cpp files of this folder, with
+# automatic reference counting where there is Objective-C.
+function(tallyfox_objcxx_room name)
+  cmake_parse_arguments(ROOM "" "" "LINK" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.mm")
+  list(FILTER sources EXCLUDE REGEX "/main\\.(cpp|mm)$")
+  add_library(tallyfox_${name} STATIC ${sources})
+  set_target_properties(tallyfox_${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(tallyfox_${name} PUBLIC tallyfox_flags ${ROOM_LINK})
+  target_compile_options(tallyfox_${name} PRIVATE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)
+  # Categories are not asked for by name.
+  target_link_options(tallyfox_${name} INTERFACE -ObjC)
+endfunction()
+
+# tallyfox_tests(NAME [LINK targets...] [EXCEPT files...]): one test program from the .cpp files of this folder, run by
+# ctest case by case, with the folder's name as label.
 # Run so, properties draw the same random values each time; run by hand, they print the seed that repeats them.
 function(tallyfox_tests name)
-  cmake_parse_arguments(ROOM "" "" "LINK" ${ARGN})
+  cmake_parse_arguments(ROOM "" "" "LINK;EXCEPT" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+  foreach(pattern ${ROOM_EXCEPT})
+    list(FILTER sources EXCLUDE REGEX "/${pattern}$")
+  endforeach()
   add_executable(test_${name} ${sources})
   target_link_libraries(test_${name} PRIVATE tallyfox_flags ${ROOM_LINK} GTest::gmock_main)
   target_include_directories(test_${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
@@ -59,6 +80,6 @@ function(tallyfox_tests name)
   if(TALLYFOX_PRECOMPILE)
     target_precompile_headers(test_${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h> <nlohmann/json.hpp> <functional> <memory> <string> <vector>)
   endif()
-  gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120
+  gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 LABELS ${name}
                        ENVIRONMENT "RC_PARAMS=seed=20260314 max_success=200")
 endfunction()
