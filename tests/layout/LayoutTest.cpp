@@ -84,6 +84,29 @@ TEST(LayoutRules, letTheWindowSeeTheAgentsInterfaceButNoOtherPartOfTheAgent) {
               ElementsAre(window + ": may not include detection/B.hpp"));
 }
 
+TEST(LayoutRules, holdTheMacsBackendToTheSamePermits) {
+  const std::string window = "platform/macos/window/A.mm";
+  EXPECT_THAT(brokenIncludePermits({parsedSource(window,
+                                                 "#import <AppKit/AppKit.h>\n#include \"ui/B.hpp\"\n"
+                                                 "#include \"app/AgentInterface.hpp\"\n"
+                                                 "#include \"platform/macos/CFRef.hpp\"\n")}),
+              IsEmpty());
+  EXPECT_THAT(brokenIncludePermits({parsedSource(window, "#include \"app/ScanCycle.hpp\"\n")}),
+              ElementsAre(window + ": may not include app/ScanCycle.hpp"));
+  const std::string all =
+      "#include \"app/B.hpp\"\n#include \"ui/B.hpp\"\n#include \"platform/macos/window/B.hpp\"\n"
+      "#include \"platform/posix/B.hpp\"\n";
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/macos/main.mm", all)}), IsEmpty());
+  EXPECT_THAT(
+      brokenIncludePermits({parsedSource("platform/macos/A.mm", all)}),
+      ElementsAre("platform/macos/A.mm: may not include app/B.hpp", "platform/macos/A.mm: may not include ui/B.hpp",
+                  "platform/macos/A.mm: may not include platform/macos/window/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("platform/macos/main.mm", "#include \"platform/linux/B.hpp\"\n")}),
+              ElementsAre("platform/macos/main.mm: may not include platform/linux/B.hpp"));
+  EXPECT_THAT(brokenIncludePermits({parsedSource("base/A.cpp", "#include <CoreFoundation/CoreFoundation.h>\n")}),
+              ElementsAre("base/A.cpp: may not include <CoreFoundation/CoreFoundation.h>"));
+}
+
 TEST(LayoutRules, letNothingInABackendButItsMainSeeTheWindow) {
   const std::string include = "#include \"platform/linux/window/B.hpp\"\n";
   EXPECT_THAT(brokenIncludePermits({parsedSource("platform/linux/main.cpp", include)}), IsEmpty());

@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <QColor>
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QXmlStreamReader>
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -88,6 +91,36 @@ TEST(ApplicationIconFiles, areWellFormedDrawings) {
       reader.readNext();
     EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
   }
+}
+
+/// Where the largest difference of a colour component is, and how large.
+int largestDifference(const QImage& one, const QImage& other) {
+  int largest = 0;
+  for (int y = 0; y < one.height(); ++y)
+    for (int x = 0; x < one.width(); ++x) {
+      const QColor first = one.pixelColor(x, y);
+      const QColor second = other.pixelColor(x, y);
+      largest = std::max({largest, std::abs(first.red() - second.red()), std::abs(first.green() - second.green()),
+                          std::abs(first.blue() - second.blue()), std::abs(first.alpha() - second.alpha())});
+    }
+  return largest;
+}
+
+// A Mac has no painter of ours to build with: it takes the pictures that lie in the repository.
+TEST(ApplicationIconFiles, areForTheMacAsTheyLieInTheRepository) {
+  const QString drawn = QString(TALLYFOX_ICONS) + "/Tallyfox.iconset/";
+  const QString kept = TALLYFOX_SOURCE_DIR "/packaging/macos/Tallyfox.iconset/";
+  for (const int points : {16, 32, 128, 256, 512})
+    for (const int scale : {1, 2}) {
+      const QString name = QString("icon_%1x%1%2.png").arg(points).arg(scale == 2 ? "@2x" : "");
+      const QImage picture(drawn + name);
+      const QImage other(kept + name);
+      ASSERT_EQ(picture.size(), QSize(points * scale, points * scale)) << name.toStdString();
+      ASSERT_EQ(other.size(), picture.size()) << name.toStdString();
+      EXPECT_LE(largestDifference(picture, other), 3)
+          << name.toStdString() << " differs: copy the folder " << drawn.toStdString() << " to " << kept.toStdString();
+    }
+  EXPECT_EQ(QDir(kept).entryList(QDir::Files).size(), 10);
 }
 
 TEST(ApplicationIconFiles, failAloudWhereTheyCannotBeWritten) {
