@@ -37,11 +37,14 @@ function(tallyfox_optimize_debug target)
   endif()
 endfunction()
 
-# tallyfox_room(NAME [LINK targets...] [PCH headers...]): the library tallyfox_NAME from the .cpp files of this folder.
+# tallyfox_room(NAME [LINK targets...] [PCH headers...] [EXCEPT files...]): the library tallyfox_NAME from the .cpp files
+# of this folder.
 function(tallyfox_room name)
-  cmake_parse_arguments(ROOM "" "" "LINK;PCH" ${ARGN})
+  cmake_parse_arguments(ROOM "" "" "LINK;PCH;EXCEPT" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
-  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  foreach(pattern main.cpp ${ROOM_EXCEPT})
+    list(FILTER sources EXCLUDE REGEX "/${pattern}$")
+  endforeach()
   add_library(tallyfox_${name} STATIC ${sources})
   target_link_libraries(tallyfox_${name} PUBLIC tallyfox_flags ${ROOM_LINK})
   tallyfox_optimize_debug(tallyfox_${name})
@@ -50,12 +53,14 @@ function(tallyfox_room name)
   endif()
 endfunction()
 
-# tallyfox_objcxx_room(NAME [LINK targets...]): the library tallyfox_NAME from the .mm and .cpp files of this folder, with
+# tallyfox_objcxx_room(NAME [LINK targets...] [EXCEPT files...]): the library tallyfox_NAME from the .mm and .cpp files of this folder, with
 # automatic reference counting where there is Objective-C.
 function(tallyfox_objcxx_room name)
-  cmake_parse_arguments(ROOM "" "" "LINK" ${ARGN})
+  cmake_parse_arguments(ROOM "" "" "LINK;EXCEPT" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.mm")
-  list(FILTER sources EXCLUDE REGEX "/main\\.(cpp|mm)$")
+  foreach(pattern main.mm ${ROOM_EXCEPT})
+    list(FILTER sources EXCLUDE REGEX "/${pattern}$")
+  endforeach()
   add_library(tallyfox_${name} STATIC ${sources})
   set_target_properties(tallyfox_${name} PROPERTIES LINKER_LANGUAGE CXX)
   target_link_libraries(tallyfox_${name} PUBLIC tallyfox_flags ${ROOM_LINK})
