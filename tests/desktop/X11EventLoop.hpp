@@ -16,7 +16,7 @@
 namespace tallyfox::testing {
 
 /// A real main queue on a thread of its own, for objects that live on the main thread; counts what wakes it.
-class X11EventLoop : public FileDescriptorWatcher {
+class X11EventLoop : public linux_os::FileDescriptorWatcher {
  public:
   X11EventLoop() {
     std::promise<linux_os::MainEventLoop*> made;
