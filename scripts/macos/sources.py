@@ -35,17 +35,22 @@ def portable(root):
     return [source for room in PORTABLE_ROOMS for source in sources_in(root / "src" / room) if source != replaced]
 
 
-def product(root):
-    backend = sources_in(root / "src/platform/macos", below=True)
-    return Program("Tallyfox", portable(root) + backend, frameworks(root))
+def backend(root, has_sparkle):
+    """The Mac's own sources: with the headers of the update framework its updater, else what stands in for it."""
+    left_out = "SparkleAbsent" if has_sparkle else "SparkleUpdater"
+    return [source for source in sources_in(root / "src/platform/macos", below=True) if source.stem != left_out]
 
 
-def contract_tests(root):
+def product(root, has_sparkle):
+    return Program("Tallyfox", portable(root) + backend(root, has_sparkle), frameworks(root))
+
+
+def contract_tests(root, has_sparkle):
     """The contract suites over the Mac's backend, where they are written; none otherwise."""
     tests = sources_in(pathlib.Path(root, "tests/contract/macos"), below=True)
     if not tests:
         return []
-    backend = [source for source in sources_in(root / "src/platform/macos", below=True) if source.stem != "main"]
+    tested = [source for source in backend(root, has_sparkle) if source.stem != "main"]
     memory = sources_in(root / "src/platform/memory")
     googletest = (re.compile(r"^__Z.*7testing"), re.compile(r"^_main$"))
-    return [Program("test_contract_macos", portable(root) + backend + memory + tests, frameworks(root), googletest)]
+    return [Program("test_contract_macos", portable(root) + tested + memory + tests, frameworks(root), googletest)]
