@@ -73,7 +73,7 @@ std::expected<AXObserverRegistration::Result, AXError> AXObserverRegistration::m
     const AXUIElement& application, const std::vector<std::string>& notifications, SerialQueue& mainQueue,
     std::shared_ptr<Receiver> receiver) {
   const MacElement* element = MacElement::of(application);
-  if (element == nullptr) return std::unexpected(AXError::invalidElement);
+  if (element == nullptr || element->object() == nullptr) return std::unexpected(AXError::invalidElement);
   element->setTimeout(MessagingTimeouts::standard);
   AXObserverRef created = nullptr;
   const ::AXError creation = AXObserverCreate(element->processIdentifier(), &receive, &created);

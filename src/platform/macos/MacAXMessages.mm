@@ -4,6 +4,9 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "platform/macos/AXValueCoding.hpp"
 #include "platform/macos/CFText.hpp"
 #include "platform/macos/MacElement.hpp"
@@ -22,13 +25,13 @@ std::int32_t frontmostProcess() {
   }
 }
 
-/// The element with its time-out set; null when it must not be asked from here.
-const MacElement* readied(const AXUIElement& element, Seconds timeout) {
+/// The element with its time-out set. Fails when it cannot, or must not, be asked from here.
+std::expected<const MacElement*, AXError> readied(const AXUIElement& element, Seconds timeout) {
   const MacElement* own = MacElement::of(element);
-  if (own == nullptr) return nullptr;
+  if (own == nullptr || own->object() == nullptr) return invalidElement;
   if (pthread_main_np() == 0) {
     const std::int32_t process = own->isSystemWide() ? frontmostProcess() : own->processIdentifier();
-    if (process == getpid()) return nullptr;
+    if (process == getpid()) return cannotComplete;
   }
   own->setTimeout(timeout);
   return own;
@@ -59,8 +62,9 @@ AXAddressee MacAXMessages::addressee(const AXUIElement& element) {
 
 AXMessages::Answer MacAXMessages::copyAttribute(const AXUIElement& element, AXAttribute attribute, Seconds timeout) {
   @autoreleasepool {
-    const MacElement* own = readied(element, timeout);
-    if (own == nullptr) return cannotComplete;
+    const auto ready = readied(element, timeout);
+    if (!ready) return std::unexpected(ready.error());
+    const MacElement* own = *ready;
     CFTypeRef value = nullptr;
     const ::AXError error =
         AXUIElementCopyAttributeValue(own->object(), cfString(attributeName(attribute)).get(), &value);
@@ -73,8 +77,9 @@ AXMessages::Answer MacAXMessages::copyAttribute(const AXUIElement& element, AXAt
 std::expected<std::vector<AXMessages::Answer>, AXError> MacAXMessages::copyAttributes(
     const AXUIElement& element, const std::vector<AXAttribute>& attributes, Seconds timeout) {
   @autoreleasepool {
-    const MacElement* own = readied(element, timeout);
-    if (own == nullptr) return cannotComplete;
+    const auto ready = readied(element, timeout);
+    if (!ready) return std::unexpected(ready.error());
+    const MacElement* own = *ready;
     CFArrayRef values = nullptr;
     const ::AXError error = AXUIElementCopyMultipleAttributeValues(own->object(), namesOf(attributes).get(),
                                                                    AXCopyMultipleAttributeOptions{}, &values);
@@ -91,8 +96,9 @@ std::expected<std::vector<AXMessages::Answer>, AXError> MacAXMessages::copyAttri
 std::expected<void, AXError> MacAXMessages::setAttribute(const AXUIElement& element, AXAttribute attribute,
                                                          const AXValue& value, Seconds timeout) {
   @autoreleasepool {
-    const MacElement* own = readied(element, timeout);
-    if (own == nullptr) return cannotComplete;
+    const auto ready = readied(element, timeout);
+    if (!ready) return std::unexpected(ready.error());
+    const MacElement* own = *ready;
     const CFRef<CFTypeRef> encoded = encodedValue(value);
     if (!encoded) return invalidElement;
     return outcomeOf(
@@ -103,8 +109,9 @@ std::expected<void, AXError> MacAXMessages::setAttribute(const AXUIElement& elem
 std::expected<std::vector<std::string>, AXError> MacAXMessages::copyActionNames(const AXUIElement& element,
                                                                                 Seconds timeout) {
   @autoreleasepool {
-    const MacElement* own = readied(element, timeout);
-    if (own == nullptr) return cannotComplete;
+    const auto ready = readied(element, timeout);
+    if (!ready) return std::unexpected(ready.error());
+    const MacElement* own = *ready;
     CFArrayRef list = nullptr;
     const ::AXError error = AXUIElementCopyActionNames(own->object(), &list);
     const auto owned = CFRef<CFArrayRef>::adopt(list);
@@ -123,8 +130,9 @@ std::expected<std::vector<std::string>, AXError> MacAXMessages::copyActionNames(
 std::expected<void, AXError> MacAXMessages::performAction(const AXUIElement& element, std::string_view action,
                                                           Seconds timeout) {
   @autoreleasepool {
-    const MacElement* own = readied(element, timeout);
-    if (own == nullptr) return cannotComplete;
+    const auto ready = readied(element, timeout);
+    if (!ready) return std::unexpected(ready.error());
+    const MacElement* own = *ready;
     return outcomeOf(AXUIElementPerformAction(own->object(), cfString(action).get()), *own);
   }
 }
@@ -133,6 +141,7 @@ std::expected<AXUIElement, AXError> MacAXMessages::copyElementAtPosition(AXPoint
   @autoreleasepool {
     const AXUIElement systemWide = MacElement::systemWide();
     const MacElement& own = *MacElement::of(systemWide);
+    if (own.object() == nullptr) return cannotComplete;
     own.setTimeout(timeout);
     AXUIElementRef found = nullptr;
     const ::AXError error = AXUIElementCopyElementAtPosition(own.object(), static_cast<float>(point.x),

@@ -25,6 +25,7 @@ class MacElement : public AXElementIdentity {
 
   [[nodiscard]] bool isEqual(const AXElementIdentity& other) const override;
   [[nodiscard]] std::size_t hash() const override;
+  /// Null when the system made none, as for what cannot be a process.
   [[nodiscard]] AXUIElementRef object() const { return object_.get(); }
   [[nodiscard]] bool isSystemWide() const { return isSystemWide_; }
   [[nodiscard]] bool isApplication() const;

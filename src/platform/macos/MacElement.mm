@@ -8,7 +8,7 @@ namespace tallyfox::mac_os {
 MacElement::MacElement(CFRef<AXUIElementRef> object, bool isSystemWide)
     : object_(std::move(object)), isSystemWide_(isSystemWide) {
   pid_t process = 0;
-  if (!isSystemWide_ && AXUIElementGetPid(object_.get(), &process) == kAXErrorSuccess && process > 0)
+  if (!isSystemWide_ && object_ && AXUIElementGetPid(object_.get(), &process) == kAXErrorSuccess && process > 0)
     processIdentifier_ = process;
 }
 
@@ -31,17 +31,19 @@ const MacElement* MacElement::of(const AXUIElement& element) {
 
 bool MacElement::isEqual(const AXElementIdentity& other) const {
   const auto* element = dynamic_cast<const MacElement*>(&other);
-  return element != nullptr && CFEqual(object(), element->object());
+  if (element == nullptr) return false;
+  if (object() == nullptr || element->object() == nullptr) return object() == element->object();
+  return CFEqual(object(), element->object());
 }
 
 std::size_t MacElement::hash() const {
-  return CFHash(object());
+  return object() == nullptr ? 0 : CFHash(object());
 }
 
 bool MacElement::isApplication() const {
   if (isSystemWide_ || processIdentifier_ == 0) return false;
   const auto application = CFRef<AXUIElementRef>::adopt(AXUIElementCreateApplication(processIdentifier_));
-  return CFEqual(object(), application.get());
+  return application && CFEqual(object(), application.get());
 }
 
 void MacElement::setTimeout(Seconds timeout) const {
