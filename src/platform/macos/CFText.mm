@@ -11,8 +11,7 @@ bool isUnpaired(const std::vector<UniChar>& units, std::size_t place) {
   const UniChar unit = units[place];
   if (CFStringIsSurrogateHighCharacter(unit))
     return place + 1 == units.size() || !CFStringIsSurrogateLowCharacter(units[place + 1]);
-  return CFStringIsSurrogateLowCharacter(unit) &&
-         (place == 0 || !CFStringIsSurrogateHighCharacter(units[place - 1]));
+  return CFStringIsSurrogateLowCharacter(unit) && (place == 0 || !CFStringIsSurrogateHighCharacter(units[place - 1]));
 }
 
 CFRef<CFStringRef> withoutUnpairedSurrogates(CFStringRef string) {

@@ -20,8 +20,8 @@ struct WindowUnderPoint {
   std::int32_t processIdentifier = 0;
 };
 
-/// The window that a press of the mouse there would hit. Windows that let the mouse through do not count, which a list of
-/// frames cannot tell.
+/// The window that a press of the mouse there would hit. Windows that let the mouse through do not count, which a list
+/// of frames cannot tell.
 std::optional<WindowUnderPoint> windowUnder(CGPoint point) {
   @autoreleasepool {
     // AppKit counts from the lower left corner of the first screen, events from its upper left one.

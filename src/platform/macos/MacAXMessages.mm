@@ -56,8 +56,7 @@ AXAddressee MacAXMessages::addressee(const AXUIElement& element) {
   const MacElement* own = MacElement::of(element);
   if (own == nullptr) return {};
   if (own->isSystemWide()) return {AXAddressee::Kind::systemWide, frontmostProcess()};
-  return {own->isApplication() ? AXAddressee::Kind::application : AXAddressee::Kind::element,
-          own->processIdentifier()};
+  return {own->isApplication() ? AXAddressee::Kind::application : AXAddressee::Kind::element, own->processIdentifier()};
 }
 
 AXMessages::Answer MacAXMessages::copyAttribute(const AXUIElement& element, AXAttribute attribute, Seconds timeout) {

@@ -26,8 +26,8 @@ MacAccessibility::~MacAccessibility() = default;
 bool MacAccessibility::isProcessTrusted() {
   const void* key = kAXTrustedCheckOptionPrompt;
   const void* value = kCFBooleanFalse;
-  const auto options = CFRef<CFDictionaryRef>::adopt(CFDictionaryCreate(
-      nullptr, &key, &value, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+  const auto options = CFRef<CFDictionaryRef>::adopt(
+      CFDictionaryCreate(nullptr, &key, &value, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
   return AXIsProcessTrustedWithOptions(options.get());
 }
 

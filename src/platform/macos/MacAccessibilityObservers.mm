@@ -49,12 +49,11 @@ class TrustObservation : public Subscription {
  public:
   explicit TrustObservation(std::unique_ptr<TrustChangeCallback> callback)
       : receiver_([[TallyfoxTrustChangeReceiver alloc] initWithCallback:std::move(callback)]) {
-    [NSDistributedNotificationCenter.defaultCenter
-               addObserver:receiver_
-                  selector:@selector(accessibilityDidChange:)
-                      name:@"com.apple.accessibility.api"
-                    object:nil
-        suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
+    [NSDistributedNotificationCenter.defaultCenter addObserver:receiver_
+                                                      selector:@selector(accessibilityDidChange:)
+                                                          name:@"com.apple.accessibility.api"
+                                                        object:nil
+                                            suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
   }
   ~TrustObservation() override {
     [NSDistributedNotificationCenter.defaultCenter removeObserver:receiver_];

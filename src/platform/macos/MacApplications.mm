@@ -51,7 +51,8 @@ class WorkspaceObservation : public Subscription {
     observe(NSWorkspaceActiveSpaceDidChangeNotification, WorkspaceEventKind::activeSpaceChanged);
   }
   ~WorkspaceObservation() override {
-    for (id<NSObject> token in tokens_) [NSWorkspace.sharedWorkspace.notificationCenter removeObserver:token];
+    for (id<NSObject> token in tokens_)
+      [NSWorkspace.sharedWorkspace.notificationCenter removeObserver:token];
   }
   WorkspaceObservation(const WorkspaceObservation&) = delete;
   WorkspaceObservation& operator=(const WorkspaceObservation&) = delete;

@@ -1,8 +1,8 @@
 #include "platform/macos/ProcessStatus.hpp"
 
-#include <sys/types.h>
-#include <sys/sysctl.h>
 #include <sys/proc.h>
+#include <sys/sysctl.h>
+#include <sys/types.h>
 
 #include <array>
 #include <cstddef>
