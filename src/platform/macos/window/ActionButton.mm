@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/macos/window/CallOut.hpp"
-#include "platform/macos/window/Texts.hpp"
+#include "platform/macos/window/Localized.hpp"
 
 using namespace tallyfox;
 

@@ -33,9 +33,9 @@
   self.needsDisplay = YES;
 }
 
-- (void)drawRect:(NSRect)dirtyRect {
+- (void)drawRect:(NSRect)__unused dirtyRect {
   [self.backgroundColor setFill];
-  NSRectFill(dirtyRect);
+  NSRectFill(self.bounds);
 }
 
 @end

@@ -1,6 +1,6 @@
 #include "platform/macos/window/CardView.hpp"
 
-#include "platform/macos/window/Texts.hpp"
+#include "platform/macos/window/Localized.hpp"
 #include "platform/macos/window/ThemeColors.hpp"
 #include "ui/StatusWindowLayout.hpp"
 

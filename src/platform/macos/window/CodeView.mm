@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "platform/macos/window/Texts.hpp"
+#include "platform/macos/window/Localized.hpp"
 #include "ui/PairingCodeDrawing.hpp"
 #include "ui/StatusWindowLayout.hpp"
 

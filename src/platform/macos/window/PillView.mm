@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "platform/macos/window/Texts.hpp"
+#include "platform/macos/window/Localized.hpp"
 #include "platform/macos/window/ThemeColors.hpp"
 
 using namespace tallyfox;

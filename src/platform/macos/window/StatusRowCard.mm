@@ -2,9 +2,10 @@
 
 #include <cmath>
 
+#include "platform/macos/FoundationText.hpp"
 #include "platform/macos/window/ButtonFlow.hpp"
 #include "platform/macos/window/HeadingView.hpp"
-#include "platform/macos/window/Texts.hpp"
+#include "platform/macos/window/Localized.hpp"
 #include "platform/macos/window/ThemeColors.hpp"
 #include "ui/StatusWindowLayout.hpp"
 
@@ -52,7 +53,7 @@ constexpr CGFloat symbolRoom = symbolSide + 10;
   if (model) {
     [self setTitle:model->title];
     if (isSymbolNew)
-      _symbol.image = [NSImage imageWithSystemSymbolName:mac_os::nsString(model->symbol) accessibilityDescription:nil];
+      _symbol.image = [NSImage imageWithSystemSymbolName:mac_os::foundationText(model->symbol) accessibilityDescription:nil];
     [_heading.title showText:model->title];
     [_heading applyPill:model->pill];
     [_detail showText:model->detail];

@@ -8,9 +8,6 @@
 
 namespace tallyfox::mac_os {
 
-/// Never nil: bytes that are no UTF-8 make an empty text.
-[[nodiscard]] NSString* nsString(const std::string& text);
-
 /// A text of the interface in the owner's language where the bundle has a translation, else as it is. Texts made of
 /// foreign parts (a phone's name) have no translation and stay as they are.
 [[nodiscard]] NSString* localized(const std::string& text);
