@@ -5,7 +5,8 @@
 - (instancetype)initWithFrame:(NSRect)frame {
   self = [super initWithFrame:frame];
   if (self != nil) {
-    // What the owner chooses under Accessibility changes no appearance by itself. The centre holds no observer strongly.
+    // What the owner chooses under Accessibility changes no appearance by itself. The centre holds no observer
+    // strongly.
     [NSWorkspace.sharedWorkspace.notificationCenter
         addObserver:self
            selector:@selector(displayOptionsDidChange:)

@@ -54,7 +54,8 @@ constexpr CGFloat gap = 6;  ///< kept free above and below the white ground
 }
 
 - (CGFloat)plateSide {
-  return std::max(static_cast<CGFloat>(status_window_layout::codeSide), static_cast<CGFloat>(_modules) * self.moduleSide);
+  return std::max(static_cast<CGFloat>(status_window_layout::codeSide),
+                  static_cast<CGFloat>(_modules) * self.moduleSide);
 }
 
 - (CGFloat)heightForWidth:(CGFloat)__unused width {

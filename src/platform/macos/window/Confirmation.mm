@@ -16,7 +16,8 @@ id monitorOfEscape(NSWindow* sheet, NSButton* cancel) {
                                                handler:^NSEvent*(NSEvent* event) {
                                                  const bool isEscape =
                                                      [event.charactersIgnoringModifiers isEqualToString:@"\033"];
-                                                 if (!isEscape || watched == nil || event.window != watched) return event;
+                                                 if (!isEscape || watched == nil || event.window != watched)
+                                                   return event;
                                                  [pressed performClick:nil];
                                                  return nil;
                                                }];

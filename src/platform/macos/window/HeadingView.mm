@@ -55,7 +55,8 @@ struct Parts {
   const CGFloat titleHeight = [_title heightForWidth:titleWidth];
   parts.height = std::max(titleHeight, pill.height);
   parts.title = NSMakeRect(0, std::floor((parts.height - titleHeight) / 2), titleWidth, titleHeight);
-  const CGFloat pillTop = std::max<CGFloat>(std::floor(NSMinY(parts.title) + _title.firstLineMiddle - pill.height / 2), 0);
+  const CGFloat pillTop =
+      std::max<CGFloat>(std::floor(NSMinY(parts.title) + _title.firstLineMiddle - pill.height / 2), 0);
   parts.pill = NSMakeRect(width - pill.width, pillTop, pill.width, pill.height);
   return parts;
 }

@@ -26,17 +26,18 @@ template <typename Action>
       [menu addItem:[NSMenuItem separatorItem]];
       continue;
     }
-    NSMenuItem* item = [[TFActionMenuItem alloc] initWithTitle:localized(entry.title)
-                                                 keyEquivalent:foundationText(entry.keyEquivalent)
-                                                      onChoice:[onChoice, chosen = *entry.action] { onChoice(chosen); }];
+    NSMenuItem* item =
+        [[TFActionMenuItem alloc] initWithTitle:localized(entry.title)
+                                  keyEquivalent:foundationText(entry.keyEquivalent)
+                                       onChoice:[onChoice, chosen = *entry.action] { onChoice(chosen); }];
     item.enabled = entry.isEnabled;
     [menu addItem:item];
   }
   return menu;
 }
 
-/// Lets the owner choose how long to pause, just under the button, on whose leading edge the menu lies. Returns once the
-/// menu is closed; the main queue goes on meanwhile.
+/// Lets the owner choose how long to pause, just under the button, on whose leading edge the menu lies. Returns once
+/// the menu is closed; the main queue goes on meanwhile.
 void openPauseMenu(NSView* button, bool isPaused, const std::function<void(const PauseMenuChoice&)>& onChoice);
 
 }  // namespace tallyfox::mac_os

@@ -30,9 +30,9 @@ constexpr CGFloat headerSpacing = 2;
 }
 
 - (instancetype)initWithHandler:(const mac_os::ActionHandler&)handler {
-  self = [super initWithSpacing:sizes::spacing
-                         insets:NSEdgeInsetsMake(sizes::topMargin, sizes::sideMargin, sizes::bottomMargin,
-                                                 sizes::sideMargin)];
+  self = [super
+      initWithSpacing:sizes::spacing
+               insets:NSEdgeInsetsMake(sizes::topMargin, sizes::sideMargin, sizes::bottomMargin, sizes::sideMargin)];
   if (self != nil) {
     _update = [[TFStatusRowCard alloc] initWithHandler:handler];
     _pairing = [[TFPairingCard alloc] initWithHandler:handler];
@@ -57,8 +57,7 @@ constexpr CGFloat headerSpacing = 2;
       initWithTitle:[[TFTextLabel alloc] initWithLook:{.relativeSize = headlineSize, .weight = NSFontWeightBold}]];
   _detail = [[TFTextLabel alloc] initWithLook:{.role = TextRole::secondary}];
   TFVerticalStackView* header =
-      [[TFVerticalStackView alloc] initWithSpacing:headerSpacing
-                                            insets:NSEdgeInsetsMake(0, 0, sizes::spacing / 2, 0)];
+      [[TFVerticalStackView alloc] initWithSpacing:headerSpacing insets:NSEdgeInsetsMake(0, 0, sizes::spacing / 2, 0)];
   [header addArrangedView:_title];
   [header addArrangedView:_headline];
   [header addArrangedView:_detail];

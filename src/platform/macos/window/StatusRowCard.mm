@@ -34,8 +34,8 @@ constexpr CGFloat symbolRoom = symbolSide + 10;
     // It says no more than the title beside it.
     _symbol.accessibilityElement = NO;
     [self addSubview:_symbol];
-    _heading = [[TFHeadingView alloc]
-        initWithTitle:[[TFTextLabel alloc] initWithLook:{.weight = NSFontWeightSemibold}]];
+    _heading =
+        [[TFHeadingView alloc] initWithTitle:[[TFTextLabel alloc] initWithLook:{.weight = NSFontWeightSemibold}]];
     _detail = [[TFTextLabel alloc] initWithLook:{.role = TextRole::secondary}];
     _buttons = @[ [[TFActionButton alloc] initWithHandler:handler], [[TFActionButton alloc] initWithHandler:handler] ];
     [self.content addArrangedView:_heading];
@@ -53,7 +53,8 @@ constexpr CGFloat symbolRoom = symbolSide + 10;
   if (model) {
     [self setTitle:model->title];
     if (isSymbolNew)
-      _symbol.image = [NSImage imageWithSystemSymbolName:mac_os::foundationText(model->symbol) accessibilityDescription:nil];
+      _symbol.image = [NSImage imageWithSystemSymbolName:mac_os::foundationText(model->symbol)
+                                accessibilityDescription:nil];
     [_heading.title showText:model->title];
     [_heading applyPill:model->pill];
     [_detail showText:model->detail];

@@ -8,8 +8,8 @@
 #include "platform/macos/window/AppearanceObservingView.hpp"
 #include "platform/macos/window/CallOut.hpp"
 #include "platform/macos/window/Confirmation.hpp"
-#include "platform/macos/window/StatusContentView.hpp"
 #include "platform/macos/window/Localized.hpp"
+#include "platform/macos/window/StatusContentView.hpp"
 #include "platform/macos/window/ThemeColors.hpp"
 #include "ui/StatusWindowLayout.hpp"
 
@@ -20,8 +20,8 @@ namespace {
 namespace sizes = status_window_layout;
 
 constexpr NSSize leastContentSize = {280, 160};
-constexpr NSWindowStyleMask style = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
-                                    NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
+constexpr NSWindowStyleMask style =
+    NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 constexpr CGFloat lineScroll = 24;
 
 /// A rectangle of the screen, whose y axis points upwards, from the top left.

@@ -27,12 +27,12 @@ void StatusWindowController::show() {
 }
 
 void StatusWindowController::open() {
-  window_ = [[TFStatusWindow alloc] initWithCallbacks:{.onAction = lifetime_.guard([this](StatusWindowAction action,
-                                                                                         NSView* origin) {
-                                                         pressed_ = origin;
-                                                         presenter_.perform(action);
-                                                       }),
-                                                       .onClosed = lifetime_.guard([this] { onClosed(); })}];
+  window_ = [[TFStatusWindow alloc]
+      initWithCallbacks:{.onAction = lifetime_.guard([this](StatusWindowAction action, NSView* origin) {
+                           pressed_ = origin;
+                           presenter_.perform(action);
+                         }),
+                         .onClosed = lifetime_.guard([this] { onClosed(); })}];
   presenter_.open();
 }
 

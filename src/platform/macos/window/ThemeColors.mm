@@ -7,7 +7,8 @@ NSColor* nsColor(const Color& color) {
 }
 
 AppTheme themeUnder(NSAppearance* appearance) {
-  NSAppearanceName match = [appearance bestMatchFromAppearancesWithNames:@[ NSAppearanceNameAqua, NSAppearanceNameDarkAqua ]];
+  NSAppearanceName match =
+      [appearance bestMatchFromAppearancesWithNames:@[ NSAppearanceNameAqua, NSAppearanceNameDarkAqua ]];
   const bool isDark = [match isEqualToString:NSAppearanceNameDarkAqua];
   const AppTheme theme = AppTheme::of(isDark ? Appearance::dark : Appearance::light);
   return NSWorkspace.sharedWorkspace.accessibilityDisplayShouldIncreaseContrast ? theme.withIncreasedContrast() : theme;
