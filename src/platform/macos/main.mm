@@ -5,7 +5,10 @@
 
 #include <array>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -35,6 +38,7 @@
 #include "platform/macos/WorkspaceSettingsOpener.hpp"
 #include "platform/macos/window/AppKitInterface.hpp"
 #include "platform/macos/window/ApplicationDelegate.hpp"
+#include "platform/macos/window/CallOut.hpp"
 #include "platform/posix/FlockInstanceLock.hpp"
 #include "platform/posix/StandardOutputConsole.hpp"
 
@@ -119,10 +123,10 @@ class TerminationSignals {
     const auto terminate = std::make_shared<const std::function<void()>>(std::move(onTerminate));
     for (std::size_t i = 0; i < numbers.size(); ++i) {
       std::signal(numbers[i], SIG_IGN);
-      const auto number = static_cast<uintptr_t>(numbers[i]);
+      const auto number = static_cast<std::uintptr_t>(numbers[i]);
       sources_[i] = dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, number, 0, dispatch_get_main_queue());
       dispatch_source_set_event_handler(sources_[i], ^{
-        (*terminate)();
+        callOut(*terminate);
       });
       dispatch_activate(sources_[i]);
     }

@@ -51,7 +51,7 @@ drawing::Rectangle fromTop(NSRect rectangle) {
     self.tabbingMode = NSWindowTabbingModeDisallowed;
     self.autorecalculatesKeyViewLoop = NO;
     self.contentMinSize = leastContentSize;
-    self.collectionBehavior = NSWindowCollectionBehaviorMoveToActiveSpace;
+    self.collectionBehavior = NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenNone;
     self.delegate = self;
     [self buildContentInRoom:room];
     [self linkKeyViews];
@@ -210,7 +210,10 @@ drawing::Rectangle fromTop(NSRect rectangle) {
       NSEventModifierFlagCommand | NSEventModifierFlagShift | NSEventModifierFlagOption | NSEventModifierFlagControl;
   // The main menu has no entry for it.
   const bool isCommand = (event.modifierFlags & modifiers) == NSEventModifierFlagCommand;
-  if (isCommand && self.attachedSheet == nil && [event.charactersIgnoringModifiers isEqualToString:@"w"]) {
+  // With the command key held, layouts without Latin letters have them too.
+  const bool isW = [event.characters.lowercaseString isEqualToString:@"w"] ||
+                   [event.charactersIgnoringModifiers.lowercaseString isEqualToString:@"w"];
+  if (isCommand && isW && self.attachedSheet == nil) {
     [self performClose:nil];
     return YES;
   }
