@@ -19,6 +19,11 @@ add_library(tallyfox_qrcodegen INTERFACE)
 target_include_directories(tallyfox_qrcodegen SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/qrcodegen")
 target_link_libraries(tallyfox_qrcodegen INTERFACE ${qrcodegen_library})
 
+set(TALLYFOX_SPARKLE "" CACHE PATH "Sparkle.framework, to be put into the application")
+if(TALLYFOX_SPARKLE AND NOT EXISTS "${TALLYFOX_SPARKLE}/Headers/Sparkle.h")
+  message(FATAL_ERROR "TALLYFOX_SPARKLE is not Sparkle.framework: ${TALLYFOX_SPARKLE}")
+endif()
+
 # frameworks.txt names the system's frameworks, so that scripts/check-macos links the same ones.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/platform/macos/frameworks.txt")
 file(STRINGS "${PROJECT_SOURCE_DIR}/src/platform/macos/frameworks.txt" frameworks REGEX "^[A-Za-z]")

@@ -53,13 +53,14 @@ function(tallyfox_room name)
   endif()
 endfunction()
 
-# tallyfox_objcxx_room(NAME [LINK targets...] [EXCEPT files...]): the library tallyfox_NAME from the .mm and .cpp files of this folder, with
-# automatic reference counting where there is Objective-C.
+# tallyfox_objcxx_room(NAME [LINK targets...] [EXCEPT files...]): the library tallyfox_NAME from the .mm and .cpp files of
+# this folder, with automatic reference counting where there is Objective-C.
 function(tallyfox_objcxx_room name)
   cmake_parse_arguments(ROOM "" "" "LINK;EXCEPT" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.mm")
-  foreach(pattern main.mm ${ROOM_EXCEPT})
-    list(FILTER sources EXCLUDE REGEX "/${pattern}$")
+  list(FILTER sources EXCLUDE REGEX "/main\\.(cpp|mm)$")
+  foreach(file ${ROOM_EXCEPT})
+    list(FILTER sources EXCLUDE REGEX "/${file}$")
   endforeach()
   add_library(tallyfox_${name} STATIC ${sources})
   set_target_properties(tallyfox_${name} PROPERTIES LINKER_LANGUAGE CXX)

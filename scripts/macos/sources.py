@@ -1,7 +1,6 @@
 """What the programs of the Mac are made of."""
 
 import dataclasses
-import pathlib
 import re
 
 # The rooms whose code runs everywhere; the seam itself is "platform".
@@ -35,22 +34,25 @@ def portable(root):
     return [source for room in PORTABLE_ROOMS for source in sources_in(root / "src" / room) if source != replaced]
 
 
-def backend(root, has_sparkle):
-    """The Mac's own sources: with the headers of the update framework its updater, else what stands in for it."""
-    left_out = "SparkleAbsent" if has_sparkle else "SparkleUpdater"
-    return [source for source in sources_in(root / "src/platform/macos", below=True) if source.stem != left_out]
+def backend(root, *, sparkle):
+    """The Mac's backend without its main. Where Sparkle's headers are, updates come by it, else there are none."""
+    other = "SparkleAbsent.mm" if sparkle else "SparkleUpdater.mm"
+    return [source for source in sources_in(root / "src/platform/macos", below=True)
+            if source.name not in ("main.mm", other)]
 
 
-def product(root, has_sparkle):
-    return Program("Tallyfox", portable(root) + backend(root, has_sparkle), frameworks(root))
-
-
-def contract_tests(root, has_sparkle):
-    """The contract suites over the Mac's backend, where they are written; none otherwise."""
-    tests = sources_in(pathlib.Path(root, "tests/contract/macos"), below=True)
-    if not tests:
-        return []
-    tested = [source for source in backend(root, has_sparkle) if source.stem != "main"]
-    memory = sources_in(root / "src/platform/memory")
-    googletest = (re.compile(r"^__Z.*7testing"), re.compile(r"^_main$"))
-    return [Program("test_contract_macos", portable(root) + tested + memory + tests, frameworks(root), googletest)]
+def programs(root, *, sparkle):
+    """The application, with Sparkle also as it is built without; and the contract suites over its backend with the
+    program that those act upon, where they are written."""
+    main = [root / "src/platform/macos/main.mm"]
+    every = [Program("Tallyfox", portable(root) + backend(root, sparkle=False) + main, frameworks(root))]
+    if sparkle:
+        every.append(Program("Tallyfox-with-Sparkle", portable(root) + backend(root, sparkle=True) + main,
+                             frameworks(root)))
+    tests = root / "tests/contract/macos"
+    libraries = portable(root) + sources_in(root / "src/platform/memory") + backend(root, sparkle=sparkle)
+    for name, folder in (("test_contract_macos", tests), ("contract-stage", tests / "stage")):
+        if sources_in(folder):
+            every.append(Program(name, libraries + sources_in(folder), frameworks(root),
+                                 (re.compile(r"^__Z.*7testing"),)))
+    return every
