@@ -1,5 +1,5 @@
-// The Mac's main queue goes on where the run loop goes on: inside a task that waits in a run loop of its own, and in the
-// modes of menus and panels. Runs on the main thread, as gtest_main does.
+// The Mac's main queue goes on where the run loop goes on: inside a task that waits in a run loop of its own, and in
+// the modes of menus and panels. Runs on the main thread, as gtest_main does.
 
 #include "platform/macos/MacMainQueue.hpp"
 

@@ -83,10 +83,12 @@ void drawApplicationIcon(const ApplicationIcon& icon, NSRect place) {
 }  // namespace
 
 NSImage* templateImage(const TemplateImage& image) {
+  // A block keeps the address of what it knows by reference, and this one is called long afterwards.
+  const TemplateImage kept = image;
   NSImage* drawn = [NSImage imageWithSize:NSMakeSize(image.width, image.height)
                                   flipped:NO
                            drawingHandler:^BOOL(NSRect /*place*/) {
-                             drawCommands(image, NSColor.labelColor);
+                             drawCommands(kept, NSColor.labelColor);
                              return YES;
                            }];
   [drawn setTemplate:YES];
