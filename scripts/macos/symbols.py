@@ -9,11 +9,13 @@ COMPILER = r"^___(isPlatformVersionAtLeast|isOSVersionAtLeast|(u?div|u?mod|mul|u
 CXX = (r"^__Z(T[IVS]|NK?|L|GV|Th\w+_)*St(?!3__13pmr)", r"^__ZNK?St3__1(?!3pmr)", r"^__Z[nd][wal]", r"^__ZT[ISV][a-zP]",
        r"^__ZT[ISV]N10__cxxabiv1", r"^___cxa_", r"^___gxx_personality_v0$", r"^___dynamic_cast$", r"^__Unwind_")
 
-# Of the C library, what the compiler calls without any header.
+# Of the C library, what the compiler calls without any header, and what no declaration shows.
 C = (r"^___stack_chk_(fail|guard)$", r"^___?bzero$", r"^_bzero$", r"^_memset_pattern(4|8|16)$", r"^__tlv_bootstrap$",
      r"^___sincosf?_stret$", r"^___(exp10|mem\w+_chk|str\w+_chk|v?sn?printf_chk)$", r"^dyld_stub_binder$",
      r"^___dso_handle$", r"^__Block_(object_(assign|dispose)|copy|release)$", r"^__NSConcrete(Stack|Global)Block$",
-     r"^_(memcpy|memmove|memset|memcmp|abort|atexit)$")
+     r"^_(memcpy|memmove|memset|memcmp|abort|atexit)$",
+     # Declared by a macro that puts the name together.
+     r"^__dispatch_source_type_\w+$")
 
 # Libraries that the application brings: ICU's names end with its version.
 BROUGHT = (r"^__Z.*\d+icu_\d\d", r"^_u\w+_\d\d$", r"^__Z.*9qrcodegen")
