@@ -349,6 +349,30 @@ TEST_F(WebSocketConnectionTest, blamesNobodyForAPingThatCannotBeAnswered) {
   EXPECT_THAT(wire->take(), ElementsAre("receive", "ping"));
 }
 
+TEST_F(WebSocketConnectionTest, endsAfterASleepUnlessTheOtherSideIsHeardInFourSeconds) {
+  open();
+  wire->take();
+  connection->demandProof();
+  EXPECT_THAT(wire->take(), ElementsAre("ping"));
+  wire->advance(Seconds(3.9));
+  EXPECT_THAT(wire->take(), IsEmpty());
+  wire->advance(Seconds(0.2));
+  EXPECT_THAT(wire->take(), ElementsAre("drop"));
+}
+
+TEST_F(WebSocketConnectionTest, staysOpenAfterASleepWhenTheOtherSideAnswers) {
+  open();
+  connection->heard();
+  wire->advance(Seconds(27));
+  connection->demandProof();
+  wire->advance(Seconds(2));
+  connection->heard();
+  wire->take();
+  // The ping of the other check goes out meanwhile; that it is not answered yet is no sign of death.
+  wire->advance(Seconds(2.5));
+  EXPECT_THAT(wire->take(), ElementsAre("ping"));
+}
+
 TEST_F(WebSocketConnectionTest, survivesPongsThatComeTwiceOrLate) {
   open();
   connection->heard();

@@ -14,6 +14,8 @@ class URLSessionWebSocketTransport : public WebSocketTransport {
   URLSessionWebSocketTransport();
   ~URLSessionWebSocketTransport() override;
   std::unique_ptr<WebSocketTask> start(const WebSocketRequest& request, WebSocketEvents events) override;
+  /// For when the machine has slept: connections whose other side is not heard within four seconds end. Any thread.
+  void demandProofOfLife();
 
  private:
   struct Impl;

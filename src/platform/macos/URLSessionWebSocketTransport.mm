@@ -2,8 +2,10 @@
 
 #import <Foundation/Foundation.h>
 
+#include <mutex>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "base/Limits.hpp"
 #include "platform/macos/NetworkErrors.hpp"
@@ -253,6 +255,14 @@ NSURLRequest* requestOf(const WebSocketRequest& request) {
 
 struct URLSessionWebSocketTransport::Impl {
   dispatch_queue_t queue = makeNetworkQueue("tallyfox.web-sockets");
+  std::mutex mutex;  ///< guards connections
+  std::vector<std::weak_ptr<WebSocketConnection>> connections;
+
+  void remember(const std::shared_ptr<WebSocketConnection>& connection) {
+    const std::scoped_lock lock(mutex);
+    std::erase_if(connections, [](const auto& known) { return known.expired(); });
+    connections.push_back(connection);
+  }
 };
 
 URLSessionWebSocketTransport::URLSessionWebSocketTransport() : impl_(std::make_unique<Impl>()) {}
@@ -271,7 +281,16 @@ std::unique_ptr<WebSocketTask> URLSessionWebSocketTransport::start(const WebSock
     if (urlRequest == nil) return connection->refuse({invalidRequestText});
     connection->start(std::make_unique<URLSessionWire>(urlRequest, WireListener(connection, queue)), timeout);
   });
+  impl_->remember(connection);
   return std::make_unique<URLSessionSocketTask>(queue, std::move(connection), std::move(gate));
+}
+
+void URLSessionWebSocketTransport::demandProofOfLife() {
+  const std::scoped_lock lock(impl_->mutex);
+  for (const auto& known : impl_->connections)
+    runOn(impl_->queue, [known] {
+      if (const auto connection = known.lock()) connection->demandProof();
+    });
 }
 
 }  // namespace tallyfox::mac_os

@@ -10,6 +10,8 @@ namespace {
 
 /// A network that vanished is noticed within a minute: a ping goes out every half, and is to be answered by the next.
 constexpr Seconds pingPeriod{30};
+/// Long enough for an answer over a network that is just coming up.
+constexpr Seconds proofTime{4};
 /// How long the other side may take to answer a close frame.
 constexpr Seconds closingTime{5};
 /// How long the reason for a failed call may take: the system tells of the end right after it.
@@ -87,7 +89,7 @@ void WebSocketConnection::sent() {
 void WebSocketConnection::received(Bytes frame) {
   isReceiving_ = false;
   if (phase_ != Phase::open && phase_ != Phase::closing) return;
-  isProving_ = false;
+  noteLife();
   if (frame.size() > limits::frameBytes) return end({frameTooLargeText});
   // While closing, the frames that come before the other side's answer are taken and forgotten.
   if (phase_ == Phase::open && receivers_.empty()) {
@@ -102,7 +104,17 @@ void WebSocketConnection::received(Bytes frame) {
 }
 
 void WebSocketConnection::heard() {
-  isProving_ = false;
+  noteLife();
+}
+
+void WebSocketConnection::demandProof() {
+  if (phase_ != Phase::open || isBusy()) return;
+  wire_->ping();
+  wire_->after(proofTime, [weak = weak_from_this(), before = signsOfLife_] {
+    const auto self = weak.lock();
+    if (self && self->phase_ == Phase::open && self->signsOfLife_ == before && !self->isBusy())
+      self->end({connectionLostText});
+  });
 }
 
 void WebSocketConnection::closed(std::uint16_t code) {
@@ -137,15 +149,23 @@ void WebSocketConnection::receiveNext() {
   wire_->receive();
 }
 
+void WebSocketConnection::noteLife() {
+  isProving_ = false;
+  ++signsOfLife_;
+}
+
+/// A ping waits behind a frame of ours that is on its way, and its answer behind one that the owner does not take.
+bool WebSocketConnection::isBusy() const {
+  return !outgoing_.empty() || waitingFrame_;
+}
+
 void WebSocketConnection::checkLife() {
   if (phase_ != Phase::open) return;
-  // A ping waits behind a frame of ours that is on its way, and its answer behind one that the owner does not take.
-  const bool isBusy = !outgoing_.empty() || waitingFrame_;
-  if (isProving_ && !isBusy) return end({connectionLostText});
+  if (isProving_ && !isBusy()) return end({connectionLostText});
   wire_->after(pingPeriod, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->checkLife();
   });
-  if (isBusy) return;
+  if (isBusy()) return;
   isProving_ = true;
   wire_->ping();
 }

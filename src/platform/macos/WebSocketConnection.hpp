@@ -35,6 +35,8 @@ class WebSocketConnection : public std::enable_shared_from_this<WebSocketConnect
   void cancel(std::uint16_t closeCode);
   /// The owner is gone: ends the connection, except that a close frame on its way is let through.
   void abandon();
+  /// The machine has slept: the connection ends unless the other side is heard within four seconds.
+  void demandProof();
 
   // What the wire tells.
   void opened();
@@ -58,6 +60,8 @@ class WebSocketConnection : public std::enable_shared_from_this<WebSocketConnect
 
   void sendNext();
   void receiveNext();
+  void noteLife();
+  [[nodiscard]] bool isBusy() const;
   void checkLife();
   void failPending(const TransportError& failure);
   void end(TransportError failure);
@@ -73,7 +77,8 @@ class WebSocketConnection : public std::enable_shared_from_this<WebSocketConnect
   std::deque<ReceiveCompletion> receivers_;
   std::optional<Bytes> waitingFrame_;
   bool isReceiving_ = false;
-  bool isProving_ = false;  ///< a ping went out and nothing came since
+  bool isProving_ = false;         ///< a ping went out and nothing came since
+  std::uint64_t signsOfLife_ = 0;  ///< how often the other side was heard
 };
 
 }  // namespace tallyfox::mac_os

@@ -35,6 +35,7 @@
 #include "platform/macos/SparkleUpdater.hpp"
 #include "platform/macos/URLSessionHttpClient.hpp"
 #include "platform/macos/URLSessionWebSocketTransport.hpp"
+#include "platform/macos/WakeWatcher.hpp"
 #include "platform/macos/WorkspaceSettingsOpener.hpp"
 #include "platform/macos/window/AppKitInterface.hpp"
 #include "platform/macos/window/ApplicationDelegate.hpp"
@@ -65,6 +66,7 @@ struct Backend {
   MacWindowList windowList;
   CGEventInput input;
   URLSessionWebSocketTransport webSockets;
+  WakeWatcher wakeWatcher{[this] { webSockets.demandProofOfLife(); }};
   URLSessionHttpClient http;
   std::unique_ptr<Updater> updater = SparkleUpdater::load();
   NapPrevention napPrevention;
