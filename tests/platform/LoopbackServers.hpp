@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/ssl/stream.hpp>
@@ -47,7 +48,11 @@ class LoopbackServer {
     thread_ = std::thread([this] { accept(); });
   }
   ~LoopbackServer() {
-    ::shutdown(acceptor_.native_handle(), SHUT_RDWR);
+    // Not every system wakes who accepts when the socket is shut down: one more connection does everywhere.
+    isEnding_ = true;
+    boost::system::error_code ignored;
+    boost::asio::io_context io;
+    Tcp::socket(io).connect(acceptor_.local_endpoint(), ignored);
     thread_.join();
     for (const int copy : copies_)
       ::shutdown(copy, SHUT_RDWR);
@@ -67,7 +72,7 @@ class LoopbackServer {
     for (;;) {
       boost::system::error_code error;
       Tcp::socket socket = acceptor_.accept(error);
-      if (error) return;
+      if (error || isEnding_) return;
       const int copy = ::dup(socket.native_handle());
       copies_.push_back(copy);
       workers_.emplace_back([this, copy, socket = std::move(socket)]() mutable {
@@ -84,6 +89,7 @@ class LoopbackServer {
   Handler handler_;
   boost::asio::io_context io_;
   Tcp::acceptor acceptor_;
+  std::atomic<bool> isEnding_ = false;
   std::vector<int> copies_;
   std::vector<std::thread> workers_;
   std::thread thread_;
