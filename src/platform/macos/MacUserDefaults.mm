@@ -54,21 +54,34 @@ struct Stored {
 
 }  // namespace
 
+struct MacUserDefaults::Impl {
+  NSUserDefaults* defaults;
+};
+
+MacUserDefaults::MacUserDefaults(const std::string& domain) : impl_(std::make_unique<Impl>()) {
+  @autoreleasepool {
+    impl_->defaults = domain.empty() ? NSUserDefaults.standardUserDefaults
+                                     : [[NSUserDefaults alloc] initWithSuiteName:foundationText(domain)];
+  }
+}
+
+MacUserDefaults::~MacUserDefaults() = default;
+
 std::optional<DefaultsValue> MacUserDefaults::object(const std::string& key) {
   @autoreleasepool {
-    return defaultsValue([NSUserDefaults.standardUserDefaults objectForKey:foundationText(key)]);
+    return defaultsValue([impl_->defaults objectForKey:foundationText(key)]);
   }
 }
 
 void MacUserDefaults::setObject(const std::string& key, const DefaultsValue& value) {
   @autoreleasepool {
-    [NSUserDefaults.standardUserDefaults setObject:std::visit(Stored{}, value) forKey:foundationText(key)];
+    [impl_->defaults setObject:std::visit(Stored{}, value) forKey:foundationText(key)];
   }
 }
 
 void MacUserDefaults::removeObject(const std::string& key) {
   @autoreleasepool {
-    [NSUserDefaults.standardUserDefaults removeObjectForKey:foundationText(key)];
+    [impl_->defaults removeObjectForKey:foundationText(key)];
   }
 }
 
