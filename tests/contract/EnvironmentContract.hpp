@@ -8,7 +8,8 @@
 ///   Environment& environment();
 ///   void set(const std::string& name, const std::string& value);   undone when the backend goes
 ///   void unset(const std::string& name);
-///   void setTimeZone(const std::string& identifier);   likewise
+/// and, where systems differ,
+///   void setTimeZone(const std::string& identifier);   likewise; absent where no test may change the system's
 
 #include <gtest/gtest.h>
 
@@ -55,9 +56,13 @@ TYPED_TEST_P(EnvironmentContract, namesItsTimeZoneOrGivesItsOffset) {
 }
 
 TYPED_TEST_P(EnvironmentContract, noticesAnotherTimeZone) {
-  for (const std::string zone : {"Europe/Berlin", "America/New_York"}) {
-    this->backend.setTimeZone(zone);
-    EXPECT_EQ(this->backend.environment().timeZoneIdentifier(), zone);
+  if constexpr (requires { this->backend.setTimeZone(""); }) {
+    for (const std::string zone : {"Europe/Berlin", "America/New_York"}) {
+      this->backend.setTimeZone(zone);
+      EXPECT_EQ(this->backend.environment().timeZoneIdentifier(), zone);
+    }
+  } else {
+    GTEST_SKIP() << "No test may change the time zone of this system.";
   }
 }
 

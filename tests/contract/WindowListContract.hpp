@@ -16,8 +16,8 @@
 ///   void restore(int window);
 ///   void close(int window);
 ///   void setHanging(int window);              its application no longer answers
-///   void stopServer();                        ends the window server
 /// and, where systems differ,
+///   void stopServer();                        ends the window server; absent where no test may
 ///   bool moveToAnotherSpace(int window);      does nothing and gives false where there is one space only
 
 #include <gmock/gmock.h>
@@ -193,11 +193,15 @@ TYPED_TEST_P(WindowListContract, answersAnyThread) {
 }
 
 TYPED_TEST_P(WindowListContract, isEmptyWhenTheServerIsGone) {
-  (void)this->backend.open({.title = "One"});
-  ASSERT_EQ(this->windows(true).size(), 1U);
-  this->backend.stopServer();
-  EXPECT_THAT(this->windows(false), testing::IsEmpty());
-  EXPECT_THAT(this->windows(true), testing::IsEmpty());
+  if constexpr (requires { this->backend.stopServer(); }) {
+    (void)this->backend.open({.title = "One"});
+    ASSERT_EQ(this->windows(true).size(), 1U);
+    this->backend.stopServer();
+    EXPECT_THAT(this->windows(false), testing::IsEmpty());
+    EXPECT_THAT(this->windows(true), testing::IsEmpty());
+  } else {
+    GTEST_SKIP() << "No test may end the window server of this system.";
+  }
 }
 
 REGISTER_TYPED_TEST_SUITE_P(WindowListContract, isEmptyWithoutWindows, describesAWindow,
