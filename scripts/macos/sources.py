@@ -54,5 +54,5 @@ def programs(root, *, sparkle):
     for name, folder in (("test_contract_macos", tests), ("contract-stage", tests / "stage")):
         if sources_in(folder):
             every.append(Program(name, libraries + sources_in(folder), frameworks(root),
-                                 (re.compile(r"^__Z.*7testing"),)))
+                                 (re.compile(r"^__Z.*7testing"), re.compile(r"^__Z.*5boost"))))
     return every

@@ -44,7 +44,9 @@ class Toolchain:
                    "-isystem", str(self._tree.third_party), f"-I{self._root / 'src'}", f"-I{self._root / 'tests'}",
                    *WARNINGS, "-fno-color-diagnostics", "-fshow-overloads=best",
                    # fmt is compiled along; the application's own version and folders are of no interest here.
-                   "-DFMT_HEADER_ONLY", '-DTALLYFOX_VERSION="0"', f'-DTALLYFOX_SOURCE_DIR="{self._root}"']
+                   "-DFMT_HEADER_ONLY", '-DTALLYFOX_VERSION="0"', f'-DTALLYFOX_SOURCE_DIR="{self._root}"',
+                   '-DTALLYFOX_STAGE_BUNDLED="/stage"', '-DTALLYFOX_STAGE_BARE="/stage"', "-DBOOST_ASIO_NO_DEPRECATED",
+                   "-DBOOST_ASIO_SEPARATE_COMPILATION", "-DBOOST_BEAST_SEPARATE_COMPILATION"]
         for folder in self._tree.framework_folders:
             command += ["-iframework", str(folder)]
         if source.suffix == ".mm":

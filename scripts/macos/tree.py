@@ -106,7 +106,7 @@ class Tree:
                 if not (folder / name / header.name).exists():
                     (folder / name / header.name).symlink_to(header)
         # Of the tests alone, so not missed.
-        for name in ("gtest", "gmock"):
+        for name in ("gtest", "gmock", "boost"):
             if (include / name).is_dir():
                 (folder / name).symlink_to(include / name)
         return folder
