@@ -4,6 +4,8 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -18,6 +20,8 @@
 #include <stdexcept>
 #include <string_view>
 #include <thread>
+
+#include "platform/posix/FileDescriptor.hpp"
 
 namespace tallyfox::testing {
 namespace {
@@ -95,6 +99,15 @@ bool hasWindowManager(const std::string& display) {
   }
   xcb_disconnect(connection);
   return found;
+}
+
+/// Whether somebody listens at a socket; its file is there a moment earlier.
+bool isListening(const std::filesystem::path& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.native().copy(address.sun_path, sizeof address.sun_path - 1) != path.native().size()) return false;
+  const posix_os::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& text) {
@@ -220,7 +233,7 @@ void DesktopSession::startSessionBus() {
                 "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n");
   std::filesystem::remove(directory_ / "run/bus");
   bus_ = start({"dbus-daemon", "--config-file=" + configuration.string(), "--nofork", "--nopidfile"});
-  if (!waitUntil([this] { return std::filesystem::exists(directory_ / "run/bus"); }))
+  if (!waitUntil([this] { return isListening(directory_ / "run/bus"); }))
     throw std::runtime_error("the session bus did not start");
 }
 
