@@ -3,8 +3,8 @@
 import re
 
 # What the compiler calls by itself, from its own library or the system's.
-COMPILER = (r"^___(isPlatformVersionAtLeast|isOSVersionAtLeast|cpu_model|cpu_indicator_init"
-            r"|(u?div|u?mod|mul|udivmod)ti[34]|.*cmpti2|.*tidf)$")
+COMPILER = (r"^___(isPlatformVersionAtLeast|isOSVersionAtLeast|cpu_indicator_init|(u?div|u?mod|mul|udivmod)ti[34]"
+            r"|.*cmpti2|.*tidf)$")
 
 # The C++ library by its mangled names. Memory resources came with macOS 14, though the headers do not mark them.
 CXX = (r"^__Z(T[IVS]|NK?|L|GV|Th\w+_)*St(?!3__13pmr)", r"^__ZNK?St3__1(?!3pmr)", r"^__Z[nd][wal]", r"^__ZT[ISV][a-zP]",

@@ -1,6 +1,7 @@
 """The compiler and the linker, set as for the application."""
 
 import os
+import pathlib
 import re
 import shutil
 import subprocess
@@ -81,7 +82,15 @@ class Toolchain:
             command += ["-F", str(folder)]
         for framework in program.frameworks:
             command += ["-framework", framework]
-        return [*command, "-filelist", str(objects), "-o", str(self._build / f"{program.name}-{architecture}")]
+        return [*command, "-filelist", str(objects), str(self._compiler_library(architecture)),
+                "-o", str(self._build / f"{program.name}-{architecture}")]
+
+    def _compiler_library(self, architecture):
+        source = pathlib.Path(__file__).with_name("compiler_library.c")
+        target = self._build / f"compiler_library-{architecture}.o"
+        subprocess.run([COMPILER, "-x", "c", "-target", f"{architecture}-apple-macos{OLDEST_SYSTEM}", "-c", str(source),
+                        "-o", str(target)], check=True)
+        return target
 
     @staticmethod
     def _told_by(command):
