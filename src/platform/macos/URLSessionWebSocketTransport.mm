@@ -138,14 +138,14 @@ class URLSessionWire : public WebSocketWire {
     const WireListener listener = listener_;
     // The system may never call this, so it must not keep the task.
     __weak NSURLSessionWebSocketTask* const weakTask = task_;
-    attempt([&] {
-      [task_ receiveMessageWithCompletionHandler:^(NSURLSessionWebSocketMessage* message, NSError* error) {
-        if (message == nil) return hearsEnd(listener, weakTask, error);
-        listener.hears([frame = bytesOfMessage(message)](WebSocketConnection& connection) mutable {
-          connection.received(std::move(frame));
-        });
-      }];
-    });
+    // Not inside the attempt, whose lambda refers to these two: a block copies what it names, but a reference as such.
+    const auto onMessage = ^(NSURLSessionWebSocketMessage* message, NSError* error) {
+      if (message == nil) return hearsEnd(listener, weakTask, error);
+      listener.hears([frame = bytesOfMessage(message)](WebSocketConnection& connection) mutable {
+        connection.received(std::move(frame));
+      });
+    };
+    attempt([&] { [task_ receiveMessageWithCompletionHandler:onMessage]; });
   }
 
   void ping() override {
