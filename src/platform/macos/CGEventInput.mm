@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/macos/CFRef.hpp"
+#include "platform/macos/HeldInput.hpp"
 #include "platform/macos/ProcessStatus.hpp"
 
 namespace tallyfox::mac_os {
@@ -40,35 +41,64 @@ std::optional<WindowUnderPoint> windowUnder(CGPoint point) {
   }
 }
 
+/// An event that does not pass through the window server has no window unless it is told, and reaches no view.
+void aim(CGEventRef event, NSInteger window) {
+  CGEventSetIntegerValueField(event, kCGMouseEventWindowUnderMousePointer, window);
+  CGEventSetIntegerValueField(event, kCGMouseEventWindowUnderMousePointerThatCanHandleThisEvent, window);
+}
+
+/// What an event does to a key, or to the mouse's button.
+struct Stroke {
+  enum class Kind { move, press, release };
+  Kind kind = Kind::move;
+  int control = HeldInput::mouseButton;
+
+  [[nodiscard]] bool isOfMouse() const { return control == HeldInput::mouseButton; }
+};
+
 class PostableEvent : public SyntheticEvent {
  public:
-  PostableEvent(CFRef<CGEventRef> event, bool isMouse) : event_(std::move(event)), isMouse_(isMouse) {}
+  PostableEvent(CFRef<CGEventRef> event, Stroke stroke, std::shared_ptr<HeldInput> held)
+      : event_(std::move(event)), stroke_(stroke), held_(std::move(held)) {}
 
   void postToProcess(std::int32_t processIdentifier) override {
     const CFRef<CGEventRef> event = std::exchange(event_, {});
     if (!event || !isProcessRunning(processIdentifier)) return;
-    if (isMouse_ && !aim(event.get(), processIdentifier)) return;
+    const auto receiver = receiverIn(processIdentifier, CGEventGetLocation(event.get()));
+    if (!receiver) return;
+    if (stroke_.isOfMouse()) aim(event.get(), receiver->window);
     CGEventPostToPid(processIdentifier, event.get());
   }
   void postGlobally() override {
     const CFRef<CGEventRef> event = std::exchange(event_, {});
-    if (!event) return;
-    if ((CGEventSourceFlagsState(kCGEventSourceStateHIDSystemState) & modifiers) != 0) return;
-    CGEventPost(kCGHIDEventTap, event.get());
+    if (event && mayGoOutGlobally()) CGEventPost(kCGHIDEventTap, event.get());
   }
 
  private:
-  /// An event that does not pass through the window server has no window unless it is told, and reaches no view.
-  static bool aim(CGEventRef event, std::int32_t processIdentifier) {
-    const auto window = windowUnder(CGEventGetLocation(event));
-    if (!window || window->processIdentifier != processIdentifier) return false;
-    CGEventSetIntegerValueField(event, kCGMouseEventWindowUnderMousePointer, window->number);
-    CGEventSetIntegerValueField(event, kCGMouseEventWindowUnderMousePointerThatCanHandleThisEvent, window->number);
+  using Receiver = HeldInput::Receiver;
+
+  std::optional<Receiver> receiverIn(std::int32_t processIdentifier, CGPoint point) {
+    if (stroke_.kind == Stroke::Kind::release) return held_->release(stroke_.control, processIdentifier);
+    Receiver receiver{.processIdentifier = processIdentifier};
+    if (stroke_.isOfMouse()) {
+      const auto window = windowUnder(point);
+      if (!window || window->processIdentifier != processIdentifier) return std::nullopt;
+      receiver.window = window->number;
+    }
+    if (stroke_.kind == Stroke::Kind::press) held_->press(stroke_.control, receiver);
+    return receiver;
+  }
+
+  bool mayGoOutGlobally() {
+    if (stroke_.kind == Stroke::Kind::release) return held_->release(stroke_.control, 0).has_value();
+    if ((CGEventSourceFlagsState(kCGEventSourceStateHIDSystemState) & modifiers) != 0) return false;
+    if (stroke_.kind == Stroke::Kind::press) held_->press(stroke_.control, {});
     return true;
   }
 
   CFRef<CGEventRef> event_;  ///< none once posted
-  bool isMouse_;
+  Stroke stroke_;
+  std::shared_ptr<HeldInput> held_;
 };
 
 CFRef<CGEventSourceRef> source() {
@@ -87,20 +117,41 @@ CGEventType typeOf(MouseEventKind kind) {
   return kCGEventMouseMoved;
 }
 
-std::unique_ptr<SyntheticEvent> made(CGEventRef created, bool isMouse) {
+Stroke strokeOf(MouseEventKind kind) {
+  switch (kind) {
+    case MouseEventKind::leftDown:
+      return {.kind = Stroke::Kind::press};
+    case MouseEventKind::leftUp:
+      return {.kind = Stroke::Kind::release};
+    case MouseEventKind::moved:
+      break;
+  }
+  return {};
+}
+
+Stroke strokeOf(const KeyEvent& event) {
+  return {.kind = event.isDown ? Stroke::Kind::press : Stroke::Kind::release, .control = static_cast<int>(event.key)};
+}
+
+std::unique_ptr<SyntheticEvent> made(CGEventRef created, Stroke stroke, const std::shared_ptr<HeldInput>& held) {
   auto event = CFRef<CGEventRef>::adopt(created);
   if (!event) return nullptr;
   // A new event has the modifiers that are held down at the moment.
   CGEventSetFlags(event.get(), CGEventFlags{});
-  return std::make_unique<PostableEvent>(std::move(event), isMouse);
+  return std::make_unique<PostableEvent>(std::move(event), stroke, held);
 }
 
 }  // namespace
 
+CGEventInput::CGEventInput() : held_(std::make_shared<HeldInput>()) {}
+
+CGEventInput::~CGEventInput() = default;
+
 std::unique_ptr<SyntheticEvent> CGEventInput::createKeyEvent(const KeyEvent& event) {
   const auto from = source();
   if (!from) return nullptr;
-  return made(CGEventCreateKeyboardEvent(from.get(), static_cast<CGKeyCode>(event.key), event.isDown), false);
+  return made(CGEventCreateKeyboardEvent(from.get(), static_cast<CGKeyCode>(event.key), event.isDown), strokeOf(event),
+              held_);
 }
 
 std::unique_ptr<SyntheticEvent> CGEventInput::createMouseEvent(const MouseEvent& event) {
@@ -111,7 +162,7 @@ std::unique_ptr<SyntheticEvent> CGEventInput::createMouseEvent(const MouseEvent&
   // A press that is no double one counts as the first.
   if (created != nullptr && event.kind != MouseEventKind::moved)
     CGEventSetIntegerValueField(created, kCGMouseEventClickState, 1);
-  return made(created, true);
+  return made(created, strokeOf(event.kind), held_);
 }
 
 }  // namespace tallyfox::mac_os
