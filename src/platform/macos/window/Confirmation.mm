@@ -34,6 +34,8 @@ void askOnSheet(NSWindow* window, const ConfirmationModel& question, std::functi
   confirm.keyEquivalent = @"";
   NSButton* cancel = [alert addButtonWithTitle:localized(question.cancelTitle)];
   cancel.keyEquivalent = @"\r";
+  // A question is no reason to outlive a logout, or a newer agent.
+  alert.window.preventsApplicationTerminationWhenModal = NO;
   id monitor = monitorOfEscape(alert.window, cancel);
   const std::function<void()> confirmed = std::move(onConfirmed);
   [alert beginSheetModalForWindow:window
