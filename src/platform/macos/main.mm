@@ -148,7 +148,8 @@ int run() {
   std::unique_ptr<AppDelegate> agent;
   AppKitInterface interface({.version = TALLYFOX_VERSION}, actionsOf(agent, backend), backend.mainQueue);
   agent = std::make_unique<AppDelegate>(platformOf(backend), interface);
-  TFApplicationDelegate* delegate = [[TFApplicationDelegate alloc]
+  // The application does not keep it, and a plain variable may give it up after its last use.
+  NS_VALID_UNTIL_END_OF_SCOPE TFApplicationDelegate* delegate = [[TFApplicationDelegate alloc]
       initWithEvents:{.onDidFinishLaunching = [&agent] { agent->applicationDidFinishLaunching(); },
                       .onReopen =
                           [&agent](bool hasVisibleWindows) {
