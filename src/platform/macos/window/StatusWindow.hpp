@@ -19,7 +19,7 @@ struct StatusWindowCallbacks {
 }  // namespace tallyfox::mac_os
 
 /// The status window: shows a model and tells what is pressed. It knows nothing but its views.
-@interface TFStatusWindow : NSWindow <NSWindowDelegate>
+@interface TFStatusWindow : NSWindow
 - (instancetype)initWithCallbacks:(tallyfox::mac_os::StatusWindowCallbacks)callbacks NS_DESIGNATED_INITIALIZER;
 - (instancetype)initWithContentRect:(NSRect)contentRect
                           styleMask:(NSWindowStyleMask)style

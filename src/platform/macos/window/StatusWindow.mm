@@ -52,16 +52,24 @@ drawing::Rectangle fromTop(NSRect rectangle) {
     self.autorecalculatesKeyViewLoop = NO;
     self.contentMinSize = leastContentSize;
     self.collectionBehavior = NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenNone;
-    self.delegate = self;
     [self buildContentInRoom:room];
     [self linkKeyViews];
-    [NSNotificationCenter.defaultCenter addObserver:self
-                                           selector:@selector(screenParametersDidChange:)
-                                               name:NSApplicationDidChangeScreenParametersNotification
-                                             object:nil];
+    [self observe:NSApplicationDidChangeScreenParametersNotification of:nil by:@selector(screenParametersDidChange:)];
+    // As an observer, not as its own delegate: windows pass questions on to their delegate, and this one would ask
+    // itself without end.
+    [self observe:NSWindowDidChangeScreenNotification of:self by:@selector(windowDidChangeScreen:)];
+    [self observe:NSWindowDidChangeBackingPropertiesNotification
+               of:self
+               by:@selector(windowDidChangeBackingProperties:)];
+    [self observe:NSWindowDidResizeNotification of:self by:@selector(windowDidResize:)];
+    [self observe:NSWindowWillCloseNotification of:self by:@selector(windowWillClose:)];
     [self updateAppearance];
   }
   return self;
+}
+
+- (void)observe:(NSNotificationName)name of:(id)object by:(SEL)selector {
+  [NSNotificationCenter.defaultCenter addObserver:self selector:selector name:name object:object];
 }
 
 - (void)dealloc {
