@@ -73,6 +73,15 @@ TEST_F(AppKitInterfaceTest, carriesOutWhatTheMenuIsAskedFor) {
   EXPECT_EQ(calls, (std::vector<std::string>{"checkForUpdates", "quit"}));
 }
 
+TEST_F(AppKitInterfaceTest, takesItsMenuAlong) {
+  {
+    AppKitInterface other{{.version = "1.2.3"}, recordingActions(), queue};
+    other.configureMenus();
+    EXPECT_NE(NSApp.mainMenu, nil);
+  }
+  EXPECT_EQ(NSApp.mainMenu, nil);
+}
+
 TEST_F(AppKitInterfaceTest, isInTheDockWhileItsWindowIsOpen) {
   [NSApp setActivationPolicy:NSApplicationActivationPolicyAccessory];
   interface.showStatusWindow();

@@ -15,6 +15,10 @@ class ApplicationMenu {
  public:
   /// Takes the place of the menu bar that was. Checking for updates is disabled until told otherwise.
   explicit ApplicationMenu(std::function<void(ApplicationMenuAction)> onAction);
+  /// Takes the menu bar away.
+  ~ApplicationMenu();
+  ApplicationMenu(const ApplicationMenu&) = delete;
+  ApplicationMenu& operator=(const ApplicationMenu&) = delete;
 
   void setCanCheckForUpdates(bool canCheck);
 

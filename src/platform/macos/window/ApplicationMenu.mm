@@ -19,6 +19,10 @@ ApplicationMenu::ApplicationMenu(std::function<void(ApplicationMenuAction)> onAc
   NSApp.mainMenu = bar;
 }
 
+ApplicationMenu::~ApplicationMenu() {
+  if (NSApp.mainMenu == menu_.supermenu) NSApp.mainMenu = nil;
+}
+
 void ApplicationMenu::setCanCheckForUpdates(bool canCheck) {
   const auto entries = applicationMenu(canCheck);
   for (std::size_t i = 0; i < entries.size(); ++i)
