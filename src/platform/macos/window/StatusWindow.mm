@@ -173,7 +173,8 @@ drawing::Rectangle fromTop(NSRect rectangle) {
   const bool isFirst = !_fit.has_value();
   _fit = fit;
   _content.kind = fit.layout;
-  const NSSize size = NSMakeSize(std::floor(fit.size.width), std::floor(fit.size.height));
+  // A code's height may end in half a point, for which nothing should have to be scrolled.
+  const NSSize size = NSMakeSize(std::floor(fit.size.width), std::ceil(fit.size.height));
   NSRect frame = [self frameRectForContentRect:NSMakeRect(0, 0, size.width, size.height)];
   frame.origin = NSMakePoint(NSMinX(self.frame), NSMaxY(self.frame) - NSHeight(frame));
   [self setFrame:frame display:YES];
