@@ -33,6 +33,8 @@ void showAboutPanel(const std::string& version) {
   [NSApp orderFrontStandardAboutPanelWithOptions:@{
     NSAboutPanelOptionApplicationName : localized("Tallyfox"),
     NSAboutPanelOptionApplicationVersion : foundationText(version),
+    // Else the bundle's, which is the same, stands behind it once more.
+    NSAboutPanelOptionVersion : @"",
     NSAboutPanelOptionCredits : credits()
   }];
   [NSApp activateIgnoringOtherApps:YES];
