@@ -125,6 +125,14 @@ class MacBundle(unittest.TestCase):
         self.assertIn("different settings", self.refused("universal", one, other, self.folder / "out.app"))
         self.assertIn("is in the way", self.refused("universal", one, one, other))
 
+    def test_builds_with_other_relays_are_not_joined(self):
+        one, other = self.application("one.app"), self.application("other.app")
+        relay = other / "Contents/Resources/RelayConfig.plist"
+        relay.parent.mkdir()
+        relay.write_text("relay")
+        for pair in ((one, other), (other, one)):
+            self.assertIn("RelayConfig.plist differ", self.refused("universal", *pair, self.folder / "out.app"))
+
     @unittest.skipIf(platform.system() == "Darwin", "here they would do their work")
     def test_the_scripts_need_a_mac(self):
         application, image = self.application(), self.folder / "some.dmg"
