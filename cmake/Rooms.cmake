@@ -10,6 +10,11 @@ if(NOT APPLE)
   # The Mac's loader has what these ask for without being asked.
   target_link_options(tallyfox_flags INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
 endif()
+if(APPLE)
+  # AppKit ends the process by exit(), while a scan may be under way on its thread: tables that it reads stay to the end.
+  target_compile_options(tallyfox_flags INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-fno-c++-static-destructors>)
+endif()
 target_compile_definitions(tallyfox_flags INTERFACE
   BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION
   $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
