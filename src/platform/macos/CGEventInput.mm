@@ -16,14 +16,9 @@ namespace {
 constexpr CGEventFlags modifiers =
     kCGEventFlagMaskShift | kCGEventFlagMaskControl | kCGEventFlagMaskAlternate | kCGEventFlagMaskCommand;
 
-struct WindowUnderPoint {
-  NSInteger number = 0;
-  std::int32_t processIdentifier = 0;
-};
-
-/// The window that a press of the mouse there would hit. Windows that let the mouse through do not count, which a list
-/// of frames cannot tell.
-std::optional<WindowUnderPoint> windowUnder(CGPoint point) {
+/// Whose window a press of the mouse there would hit. Windows that let the mouse through do not count, which a list of
+/// frames cannot tell.
+std::optional<std::int32_t> processUnder(CGPoint point) {
   @autoreleasepool {
     // AppKit counts from the lower left corner of the first screen, events from its upper left one.
     const CGFloat height = CGDisplayBounds(CGMainDisplayID()).size.height;
@@ -37,14 +32,8 @@ std::optional<WindowUnderPoint> windowUnder(CGPoint point) {
     if (![description isKindOfClass:NSDictionary.class]) return std::nullopt;
     id owner = description[(__bridge NSString*)kCGWindowOwnerPID];
     if (![owner isKindOfClass:NSNumber.class]) return std::nullopt;
-    return WindowUnderPoint{.number = number, .processIdentifier = ((NSNumber*)owner).intValue};
+    return ((NSNumber*)owner).intValue;
   }
-}
-
-/// An event that does not pass through the window server has no window unless it is told, and reaches no view.
-void aim(CGEventRef event, NSInteger window) {
-  CGEventSetIntegerValueField(event, kCGMouseEventWindowUnderMousePointer, window);
-  CGEventSetIntegerValueField(event, kCGMouseEventWindowUnderMousePointerThatCanHandleThisEvent, window);
 }
 
 /// What an event does to a key, or to the mouse's button.
@@ -64,9 +53,7 @@ class PostableEvent : public SyntheticEvent {
   void postToProcess(std::int32_t processIdentifier) override {
     const CFRef<CGEventRef> event = std::exchange(event_, {});
     if (!event || !isProcessRunning(processIdentifier)) return;
-    const auto receiver = receiverIn(processIdentifier, CGEventGetLocation(event.get()));
-    if (!receiver) return;
-    if (stroke_.isOfMouse()) aim(event.get(), receiver->window);
+    if (!mayReach(processIdentifier, CGEventGetLocation(event.get()))) return;
     CGEventPostToPid(processIdentifier, event.get());
   }
   void postGlobally() override {
@@ -75,24 +62,17 @@ class PostableEvent : public SyntheticEvent {
   }
 
  private:
-  using Receiver = HeldInput::Receiver;
-
-  std::optional<Receiver> receiverIn(std::int32_t processIdentifier, CGPoint point) {
+  bool mayReach(std::int32_t processIdentifier, CGPoint point) {
     if (stroke_.kind == Stroke::Kind::release) return held_->release(stroke_.control, processIdentifier);
-    Receiver receiver{.processIdentifier = processIdentifier};
-    if (stroke_.isOfMouse()) {
-      const auto window = windowUnder(point);
-      if (!window || window->processIdentifier != processIdentifier) return std::nullopt;
-      receiver.window = window->number;
-    }
-    if (stroke_.kind == Stroke::Kind::press) held_->press(stroke_.control, receiver);
-    return receiver;
+    if (stroke_.isOfMouse() && processUnder(point) != processIdentifier) return false;
+    if (stroke_.kind == Stroke::Kind::press) held_->press(stroke_.control, processIdentifier);
+    return true;
   }
 
   bool mayGoOutGlobally() {
-    if (stroke_.kind == Stroke::Kind::release) return held_->release(stroke_.control, 0).has_value();
+    if (stroke_.kind == Stroke::Kind::release) return held_->release(stroke_.control, HeldInput::anyProcess);
     if ((CGEventSourceFlagsState(kCGEventSourceStateHIDSystemState) & modifiers) != 0) return false;
-    if (stroke_.kind == Stroke::Kind::press) held_->press(stroke_.control, {});
+    if (stroke_.kind == Stroke::Kind::press) held_->press(stroke_.control, HeldInput::anyProcess);
     return true;
   }
 

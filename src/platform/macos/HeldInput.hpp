@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 
 namespace tallyfox::mac_os {
 
@@ -11,27 +10,21 @@ namespace tallyfox::mac_os {
 class HeldInput {
  public:
   static constexpr int mouseButton = -1;
-
-  struct Receiver {
-    std::int32_t processIdentifier = 0;  ///< 0: whoever gets it from the hardware
-    long window = 0;                     ///< that the mouse pressed in, when it is one process that gets it
-
-    bool operator==(const Receiver&) const = default;
-  };
+  /// Stands for a process: whoever gets it from the hardware.
+  static constexpr std::int32_t anyProcess = 0;
 
   /// `control` is a key's code, or the mouse's button.
-  void press(int control, const Receiver& receiver) { receivers_.insert_or_assign(control, receiver); }
-  /// Absent, and nothing changes, when this process (0: as for receivers) did not get the press.
-  [[nodiscard]] std::optional<Receiver> release(int control, std::int32_t processIdentifier) {
+  void press(int control, std::int32_t receiver) { receivers_.insert_or_assign(control, receiver); }
+  /// False, and nothing changes, when this process did not get the press.
+  [[nodiscard]] bool release(int control, std::int32_t receiver) {
     const auto found = receivers_.find(control);
-    if (found == receivers_.end() || found->second.processIdentifier != processIdentifier) return std::nullopt;
-    const Receiver receiver = found->second;
+    if (found == receivers_.end() || found->second != receiver) return false;
     receivers_.erase(found);
-    return receiver;
+    return true;
   }
 
  private:
-  std::map<int, Receiver> receivers_;
+  std::map<int, std::int32_t> receivers_;
 };
 
 }  // namespace tallyfox::mac_os
