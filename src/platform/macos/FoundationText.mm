@@ -1,21 +1,16 @@
 #include "platform/macos/FoundationText.hpp"
 
-#include "base/Text.hpp"
+#include "platform/macos/CFText.hpp"
 
 namespace tallyfox::mac_os {
 
 NSString* foundationText(std::string_view text) {
-  const std::string wellFormed = repairedUtf8(text);
-  NSString* const result = [[NSString alloc] initWithBytes:wellFormed.data()
-                                                    length:wellFormed.size()
-                                                  encoding:NSUTF8StringEncoding];
-  return result != nil ? result : @"";
+  const CFRef<CFStringRef> result = cfString(text);
+  return result ? (__bridge NSString*)result.get() : @"";
 }
 
 std::string utf8Text(NSString* text) {
-  NSData* const bytes = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
-  if (bytes.length == 0) return {};
-  return {static_cast<const char*>(bytes.bytes), bytes.length};
+  return textOf((__bridge CFStringRef)text);
 }
 
 std::string errorText(NSError* error) {

@@ -6,7 +6,7 @@
 #include <set>
 #include <utility>
 
-#include "platform/macos/CFText.hpp"
+#include "platform/macos/FoundationText.hpp"
 #include "platform/macos/QueuedCallback.hpp"
 
 namespace tallyfox::mac_os {
@@ -16,7 +16,7 @@ using EventCallback = QueuedCallback<WorkspaceEvent>;
 
 std::optional<std::string> textIfAny(NSString* string) {
   if (string == nil) return std::nullopt;
-  return textOf((__bridge CFStringRef)string);
+  return utf8Text(string);
 }
 
 RunningApplication described(NSRunningApplication* application) {
