@@ -8,15 +8,20 @@
 namespace tallyfox::mac_os {
 namespace {
 
-/// A button has one key only, and Return is the cancelling one's: Escape presses it by this monitor.
-id monitorOfEscape(NSWindow* sheet, NSButton* cancel) {
+/// Escape, or Command and period.
+bool isCancelling(NSEvent* event) {
+  NSString* const key = event.charactersIgnoringModifiers;
+  const bool isWithCommand = (event.modifierFlags & NSEventModifierFlagCommand) != 0;
+  return [key isEqualToString:@"\033"] || (isWithCommand && [key isEqualToString:@"."]);
+}
+
+/// A button has one key only, and Return is the cancelling one's: the other keys that cancel press it by this monitor.
+id monitorOfCancelling(NSWindow* sheet, NSButton* cancel) {
   __weak NSWindow* watched = sheet;
   __weak NSButton* pressed = cancel;
   return [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown
                                                handler:^NSEvent*(NSEvent* event) {
-                                                 const bool isEscape =
-                                                     [event.charactersIgnoringModifiers isEqualToString:@"\033"];
-                                                 if (!isEscape || watched == nil || event.window != watched)
+                                                 if (watched == nil || event.window != watched || !isCancelling(event))
                                                    return event;
                                                  [pressed performClick:nil];
                                                  return nil;
@@ -36,7 +41,7 @@ void askOnSheet(NSWindow* window, const ConfirmationModel& question, std::functi
   cancel.keyEquivalent = @"\r";
   // A question is no reason to outlive a logout, or a newer agent.
   alert.window.preventsApplicationTerminationWhenModal = NO;
-  id monitor = monitorOfEscape(alert.window, cancel);
+  id monitor = monitorOfCancelling(alert.window, cancel);
   const std::function<void()> confirmed = std::move(onConfirmed);
   [alert beginSheetModalForWindow:window
                 completionHandler:^(NSModalResponse response) {
