@@ -7,7 +7,7 @@ COMPILER = (r"^___(isPlatformVersionAtLeast|isOSVersionAtLeast|cpu_indicator_ini
             r"|.*cmpti2|.*tidf)$")
 
 # The C++ library by its mangled names. Memory resources came with macOS 14, though the headers do not mark them.
-CXX = (r"^__Z(T[IVS]|NK?|L|GV|Th\w+_)*St(?!3__13pmr)", r"^__ZNK?St3__1(?!3pmr)", r"^__Z[nd][wal]", r"^__ZT[ISV][a-zP]",
+CXX = (r"^__Z(T[ITVS]|NK?|L|GV|Th\w+_)*St(?!3__13pmr)", r"^__ZNK?St3__1(?!3pmr)", r"^__Z[nd][wal]", r"^__ZT[ISV][a-zP]",
        r"^__ZT[ISV]N10__cxxabiv1", r"^___cxa_", r"^___gxx_personality_v0$", r"^___dynamic_cast$", r"^__Unwind_")
 
 # Of the C library, what the compiler calls without any header, and what no declaration shows.
