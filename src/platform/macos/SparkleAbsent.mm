@@ -4,7 +4,7 @@
 
 namespace tallyfox::mac_os {
 
-std::unique_ptr<Updater> SparkleUpdater::load() {
+std::unique_ptr<Updater> SparkleUpdater::load(Console& /*console*/) {
   return nullptr;
 }
 

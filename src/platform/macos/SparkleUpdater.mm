@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "base/Require.hpp"
+#include "platform/macos/FoundationText.hpp"
 
 namespace tallyfox::mac_os {
 namespace {
@@ -31,8 +32,7 @@ auto hears(UpdaterDelegate* delegate, const Call& call) noexcept {
 }
 
 UpdateItem itemOf(SUAppcastItem* update) {
-  const char* const version = update.displayVersionString.UTF8String;
-  return {version == nullptr ? "" : version};
+  return {utf8Text(update.displayVersionString)};
 }
 
 }  // namespace
@@ -93,7 +93,7 @@ namespace {
 /// The framework's controller, which keeps its delegate weakly.
 class RunningSparkle : public RunningUpdater {
  public:
-  RunningSparkle(Class controllerClass, UpdaterDelegate& delegate)
+  RunningSparkle(Class controllerClass, UpdaterDelegate& delegate, Console& console)
       : delegate_([[TallyfoxUserDriverDelegate alloc] initWithDelegate:&delegate]) {
     @try {
       controller_ =
@@ -101,7 +101,7 @@ class RunningSparkle : public RunningUpdater {
                                                                                        updaterDelegate:nil
                                                                                     userDriverDelegate:delegate_];
     } @catch (NSException* exception) {
-      NSLog(@"Unable to start updates: %@", exception.reason);
+      console.printLine("Unable to start updates: " + utf8Text(exception.reason));
     }
   }
   ~RunningSparkle() override { [delegate_ silence]; }
@@ -118,20 +118,21 @@ class RunningSparkle : public RunningUpdater {
 
 class LoadedSparkle : public Updater {
  public:
-  explicit LoadedSparkle(Class controllerClass) : controllerClass_(controllerClass) {}
+  LoadedSparkle(Class controllerClass, Console& console) : controllerClass_(controllerClass), console_(console) {}
 
   std::unique_ptr<RunningUpdater> start(UpdaterDelegate& delegate) override {
     requireMainThread();
-    return std::make_unique<RunningSparkle>(controllerClass_, delegate);
+    return std::make_unique<RunningSparkle>(controllerClass_, delegate, console_);
   }
 
  private:
   Class controllerClass_;
+  Console& console_;
 };
 
 }  // namespace
 
-std::unique_ptr<Updater> SparkleUpdater::load() {
+std::unique_ptr<Updater> SparkleUpdater::load(Console& console) {
   requireMainThread();
   NSString* const folder = NSBundle.mainBundle.privateFrameworksPath;
   if (folder == nil) return nullptr;
@@ -140,14 +141,14 @@ std::unique_ptr<Updater> SparkleUpdater::load() {
   NSError* error = nil;
   if (![framework loadAndReturnError:&error]) {
     // It is there and does not load: a signature that does not fit, which the owner's reports should show.
-    NSLog(@"Unable to load the update framework: %@", error.localizedDescription);
+    console.printLine("Unable to load the update framework: " + errorText(error));
     return nullptr;
   }
   const Class controllerClass = [framework classNamed:@"SPUStandardUpdaterController"];
   if (![controllerClass instancesRespondToSelector:@selector(initWithStartingUpdater:
                                                                      updaterDelegate:userDriverDelegate:)])
     return nullptr;
-  return std::make_unique<LoadedSparkle>(controllerClass);
+  return std::make_unique<LoadedSparkle>(controllerClass, console);
 }
 
 }  // namespace tallyfox::mac_os

@@ -68,7 +68,7 @@ struct Backend {
   URLSessionWebSocketTransport webSockets;
   WakeWatcher wakeWatcher{[this] { webSockets.demandProofOfLife(); }};
   URLSessionHttpClient http;
-  std::unique_ptr<Updater> updater = SparkleUpdater::load();
+  std::unique_ptr<Updater> updater = SparkleUpdater::load(console);
   NapPrevention napPrevention;
 };
 

@@ -15,6 +15,7 @@
 #include "platform/macos/MacUserNotifications.hpp"
 #include "platform/macos/SparkleUpdater.hpp"
 #include "platform/macos/WorkspaceSettingsOpener.hpp"
+#include "platform/posix/StandardOutputConsole.hpp"
 
 namespace tallyfox::contract {
 namespace {
@@ -59,7 +60,8 @@ TEST_F(MacNotificationsTest, areSilentAboutOneThatCannotBeShown) {
 }
 
 TEST(MacUpdater, isAbsentWithoutTheFramework) {
-  onMainThread([] { EXPECT_EQ(mac_os::SparkleUpdater::load(), nullptr); });
+  posix_os::StandardOutputConsole console;
+  onMainThread([&] { EXPECT_EQ(mac_os::SparkleUpdater::load(console), nullptr); });
 }
 
 /// Registering would add to what the owner's next login starts.
