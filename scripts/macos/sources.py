@@ -42,8 +42,8 @@ def backend(root, *, sparkle):
 
 
 def programs(root, *, sparkle):
-    """The application, with Sparkle also as it is built without; and the contract suites over its backend with the
-    program that those act upon, where they are written."""
+    """The application, with Sparkle also as it is built without; the contract suites over its backend with the program
+    that those act upon; and the tests of what needs Apple headers but no desktop."""
     main = [root / "src/platform/macos/main.mm"]
     every = [Program("Tallyfox", portable(root) + backend(root, sparkle=False) + main, frameworks(root))]
     if sparkle:
@@ -51,8 +51,9 @@ def programs(root, *, sparkle):
                              frameworks(root)))
     tests = root / "tests/contract/macos"
     libraries = portable(root) + sources_in(root / "src/platform/memory") + backend(root, sparkle=sparkle)
-    for name, folder in (("test_contract_macos", tests), ("contract-stage", tests / "stage")):
-        if sources_in(folder):
-            every.append(Program(name, libraries + sources_in(folder), frameworks(root),
-                                 (re.compile(r"^__Z.*7testing"), re.compile(r"^__Z.*5boost"))))
+    # GoogleTest also brings the main of the last one.
+    brought = (re.compile(r"^__Z.*7testing"), re.compile(r"^__Z.*5boost"))
+    for name, folder, more in (("test_contract_macos", tests, ()), ("contract-stage", tests / "stage", ()),
+                               ("test_macos", root / "tests/macos", (re.compile(r"^_main$"),))):
+        every.append(Program(name, libraries + sources_in(folder), frameworks(root), brought + more))
     return every
