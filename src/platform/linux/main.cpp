@@ -15,6 +15,7 @@
 #include "app/AgentConfiguration.hpp"
 #include "app/AgentControl.hpp"
 #include "app/AppDelegate.hpp"
+#include "app/InterfaceWiring.hpp"
 #include "app/PairingExamination.hpp"
 #include "platform/linux/AgentCommand.hpp"
 #include "platform/linux/AtspiEventSource.hpp"
@@ -163,25 +164,6 @@ std::unique_ptr<ControlServer> openedControlServer(Services& services, AgentCont
   return std::move(*server);
 }
 
-/// What the status window and the menus ask of the agent.
-InterfaceActions actionsOf(std::unique_ptr<AppDelegate>& agent, Services& services) {
-  return {.snapshot = [&agent] { return agent->currentStatusSnapshot(); },
-          .context =
-              [&agent, &services] {
-                return StatusWindowContext{.now = services.clock.now(),
-                                           .timeZoneIdentifier = services.environment.timeZoneIdentifier(),
-                                           .pairingResetInProgress = agent->pairingResetInProgress(),
-                                           .credentialError = agent->credentialError()};
-              },
-          .onEnableLoginItem = [&agent] { agent->enableLoginItem(); },
-          .onUnpairPhone = [&agent] { agent->unpairPhoneFromStatusWindow(); },
-          .onCheckForUpdates = [&agent] { agent->checkForUpdates(); },
-          .onPauseNotifications = [&agent](NotificationPauseOption option) { agent->pauseNotifications(option); },
-          .onResumeNotifications = [&agent] { agent->resumeNotifications(); },
-          .openAccessibilitySettings = [&agent] { agent->requestPermissions(); },
-          .quit = [&agent] { agent->quit(); }};
-}
-
 int run(char** arguments) {
   ProcessEnvironment environment;
   // Starting the agent again is how its owner asks for its window.
@@ -204,7 +186,7 @@ int run(char** arguments) {
   QtInterface interface({.version = TALLYFOX_VERSION,
                          .sessionBusAddress = "",
                          .translations = services.bundle.resources() / "translations"},
-                        actionsOf(agent, services), services.mainLoop);
+                        interfaceActionsOf(agent, services.clock, services.environment), services.mainLoop);
   agent = std::make_unique<AppDelegate>(
       AgentPlatform{.mainQueue = services.mainLoop,
                     .scanQueue = workers.scanQueue,

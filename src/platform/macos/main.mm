@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "app/AppDelegate.hpp"
+#include "app/InterfaceWiring.hpp"
 #include "platform/macos/CGEventInput.hpp"
 #include "platform/macos/LaunchArguments.hpp"
 #include "platform/macos/MacAccessibility.hpp"
@@ -72,25 +73,6 @@ struct Backend {
   NapPrevention napPrevention;
 };
 
-/// What the status window and the menus ask of the agent.
-InterfaceActions actionsOf(std::unique_ptr<AppDelegate>& agent, Backend& backend) {
-  return {.snapshot = [&agent] { return agent->currentStatusSnapshot(); },
-          .context =
-              [&agent, &backend] {
-                return StatusWindowContext{.now = backend.clock.now(),
-                                           .timeZoneIdentifier = backend.environment.timeZoneIdentifier(),
-                                           .pairingResetInProgress = agent->pairingResetInProgress(),
-                                           .credentialError = agent->credentialError()};
-              },
-          .onEnableLoginItem = [&agent] { agent->enableLoginItem(); },
-          .onUnpairPhone = [&agent] { agent->unpairPhoneFromStatusWindow(); },
-          .onCheckForUpdates = [&agent] { agent->checkForUpdates(); },
-          .onPauseNotifications = [&agent](NotificationPauseOption option) { agent->pauseNotifications(option); },
-          .onResumeNotifications = [&agent] { agent->resumeNotifications(); },
-          .openAccessibilitySettings = [&agent] { agent->requestPermissions(); },
-          .quit = [&agent] { agent->quit(); }};
-}
-
 AgentPlatform platformOf(Backend& backend) {
   return {.mainQueue = backend.mainQueue,
           .scanQueue = backend.scanQueue,
@@ -146,7 +128,8 @@ int run() {
   [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
   Backend backend;
   std::unique_ptr<AppDelegate> agent;
-  AppKitInterface interface({.version = TALLYFOX_VERSION}, actionsOf(agent, backend), backend.mainQueue);
+  AppKitInterface interface({.version = TALLYFOX_VERSION},
+                            interfaceActionsOf(agent, backend.clock, backend.environment), backend.mainQueue);
   agent = std::make_unique<AppDelegate>(platformOf(backend), interface);
   // The application does not keep it, and a plain variable may give it up after its last use.
   NS_VALID_UNTIL_END_OF_SCOPE TFApplicationDelegate* delegate = [[TFApplicationDelegate alloc]
