@@ -13,9 +13,10 @@ inline constexpr std::chrono::sys_seconds referenceDate = std::chrono::sys_days{
 
 /// Microseconds survive within some hundred years of the reference date.
 [[nodiscard]] inline double referenceSeconds(Date date) {
-  const auto whole = std::chrono::floor<std::chrono::seconds>(date);
-  // Of the whole seconds first: that difference is in range for every Date, and the sum is rounded once.
-  return static_cast<double>((whole - referenceDate).count()) + Seconds(date - whole).count();
+  // Cut towards zero, and of the whole seconds first: both are in range for every Date, and the sum is rounded once.
+  const auto whole = std::chrono::duration_cast<std::chrono::seconds>(date.time_since_epoch());
+  const auto fraction = date.time_since_epoch() % std::chrono::seconds(1);
+  return static_cast<double>((whole - referenceDate.time_since_epoch()).count()) + Seconds(fraction).count();
 }
 
 /// To the nearest microsecond; absent where Date does not reach, and for what is no number.
