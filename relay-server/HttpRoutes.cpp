@@ -116,4 +116,10 @@ HttpResponse plainResponse(HttpStatus status) {
   return response;
 }
 
+HttpResponse tooManyRequests(std::chrono::seconds wait) {
+  HttpResponse response = plainResponse(HttpStatus::too_many_requests);
+  response.set(http::field::retry_after, std::to_string(wait.count()));
+  return response;
+}
+
 }  // namespace tallyfox::server

@@ -2,6 +2,7 @@
 
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/string_body.hpp>
+#include <chrono>
 #include <optional>
 #include <string_view>
 
@@ -34,5 +35,7 @@ class HttpRoutes {
 [[nodiscard]] HttpStatus statusOf(PairingAccess::Refusal refusal);
 /// A response whose body is its own reason, as one line of text.
 [[nodiscard]] HttpResponse plainResponse(HttpStatus status);
+/// 429, and when to come again.
+[[nodiscard]] HttpResponse tooManyRequests(std::chrono::seconds wait);
 
 }  // namespace tallyfox::server

@@ -21,25 +21,38 @@ namespace asio = boost::asio;
 namespace http = boost::beast::http;
 namespace websocket = boost::beast::websocket;
 
+using Clock = std::chrono::steady_clock;
+
 constexpr auto resultOf = asio::as_tuple(asio::use_awaitable);
 constexpr std::string_view phonePath = "/phone";
 /// How much of a refused request is read and thrown away, so that its sender gets to see the answer.
 constexpr std::size_t discardedBytes = 1U * 1024U * 1024U;
 
+asio::ip::address peerOf(const asio::ip::tcp::socket& socket) {
+  boost::system::error_code gone;
+  return socket.remote_endpoint(gone).address();
+}
+
 }  // namespace
 
 HttpSession::HttpSession(asio::ip::tcp::socket socket, Dependencies dependencies)
-    : stream_(std::move(socket)),
+    : peer_(peerOf(socket)),
+      stream_(std::move(socket)),
       buffer_(dependencies.limits.headerBytes + dependencies.limits.bodyBytes),
       dependencies_(dependencies) {}
 
 asio::awaitable<void> HttpSession::run() {
+  if (const auto wait = dependencies_.clientLimits.connectionRefusal(peer_, Clock::now())) {
+    co_return co_await refusePolitely(*wait);
+  }
   Parser parser;
   parser.header_limit(static_cast<std::uint32_t>(dependencies_.limits.headerBytes));
   parser.body_limit(dependencies_.limits.bodyBytes);
-  const boost::system::error_code error = co_await readRequest(parser);
+  const auto [error, wait] = co_await readRequest(parser);
   if (turnedAway_) {
     co_await respond(plainResponse(HttpStatus::service_unavailable));
+  } else if (wait) {
+    co_await respond(tooManyRequests(*wait));
   } else if (error) {
     co_await refuse(error);
   } else if (websocket::is_upgrade(parser.get())) {
@@ -49,18 +62,22 @@ asio::awaitable<void> HttpSession::run() {
   }
 }
 
-asio::awaitable<boost::system::error_code> HttpSession::readRequest(Parser& parser) {
+asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
   const auto place = dependencies_.unauthenticated.admit([this](CloseCode) {
     turnedAway_ = true;
     stream_.cancel();
   });
-  if (turnedAway_) co_return asio::error::operation_aborted;
+  if (turnedAway_) co_return Refused{.error = asio::error::operation_aborted};
   stream_.expires_after(dependencies_.limits.requestTime);
   const auto [headerError, headerBytes] = co_await http::async_read_header(stream_, buffer_, parser, resultOf);
+  if (headerError) co_return Refused{.error = headerError};
+  if (const auto wait = dependencies_.clientLimits.requestRefusal(peer_, parser.get(), Clock::now())) {
+    co_return Refused{.error = {}, .wait = wait};
+  }
   // What follows an upgrade's header belongs to the WebSocket.
-  if (headerError || websocket::is_upgrade(parser.get())) co_return headerError;
+  if (websocket::is_upgrade(parser.get())) co_return Refused{};
   const auto [bodyError, bodyBytes] = co_await http::async_read(stream_, buffer_, parser, resultOf);
-  co_return bodyError;
+  co_return Refused{.error = bodyError};
 }
 
 asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
@@ -108,6 +125,11 @@ asio::awaitable<void> HttpSession::refuse(boost::system::error_code error) {
              error != http::error::end_of_stream) {
     co_await respond(plainResponse(HttpStatus::bad_request));
   }
+}
+
+asio::awaitable<void> HttpSession::refusePolitely(std::chrono::seconds wait) {
+  const auto place = dependencies_.clientLimits.politeRefusal();
+  if (place) co_await respond(tooManyRequests(wait));
 }
 
 asio::awaitable<void> HttpSession::respond(HttpResponse response) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 
+#include "AddressLimits.hpp"
 #include "base/Limits.hpp"
 
 namespace tallyfox::server {
@@ -35,6 +36,19 @@ struct RelayLimits {
 
   std::size_t unauthenticatedConnections = 1024;
   std::size_t phonesPerPairing = 16;
+
+  /// Connections of one address that is no listed proxy, asked before a byte is read. With `requestTime` and
+  /// `helloTime` one address holds at most 400 + 10 x 20 places among the 1024 strangers, so it alone turns nobody
+  /// away.
+  Rate connectionsPerAddress{.burst = 400, .perSecond = 10};
+  /// Requests of one client, asked before its token is looked at. A device that finds no relay tries every three
+  /// seconds, so 15 of them behind one address never wait; the burst lets an office of 60 computers, each with a phone
+  /// of two sockets, come back at once after a restart.
+  Rate requestsPerAddress{.burst = 200, .perSecond = 5};
+  /// About 200 bytes each, in both tables; whoever has more addresses than this is not stopped by counting them.
+  std::size_t limitedAddresses = 16'384;
+  /// Connections beyond their limit that are being told so; further ones are cut without a word.
+  std::size_t politeRefusals = 128;
 };
 
 }  // namespace tallyfox::server

@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <boost/asio/ip/address.hpp>
 #include <charconv>
+#include <map>
 #include <optional>
+#include <set>
 #include <system_error>
+#include <utility>
 
 namespace tallyfox::server {
 namespace {
@@ -33,6 +36,44 @@ std::optional<ListenAddress> parsedListenAddress(std::string_view text) {
   return result;
 }
 
+using Taken = std::expected<void, std::string>;
+
+Taken takeListen(RelayOptions& options, std::string_view value) {
+  auto listen = parsedListenAddress(value);
+  if (!listen) return std::unexpected(fmt::format("{} is not an address and port such as 127.0.0.1:8080", value));
+  options.address = std::move(listen->address);
+  options.port = listen->port;
+  return {};
+}
+
+Taken takeData(RelayOptions& options, std::string_view value) {
+  options.dataDirectory = value;
+  return {};
+}
+
+Taken takeTrustedProxy(RelayOptions& options, std::string_view value) {
+  const auto network = Network::parsed(value);
+  if (!network) return std::unexpected(network.error());
+  options.trustedProxies.push_back(*network);
+  return {};
+}
+
+constexpr std::string_view trustedProxyName = "--trusted-proxy";
+
+/// What takes the value of each option.
+const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& settings() {
+  static const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)> table{
+      {"--listen", takeListen},
+      {"--data", takeData},
+      {trustedProxyName, takeTrustedProxy},
+  };
+  return table;
+}
+
+std::unexpected<std::string> wrongUsage(std::string_view fault) {
+  return std::unexpected(fmt::format("{}; {}", fault, usageText));
+}
+
 RelayOptions asking(RelayOptions::Purpose purpose) {
   RelayOptions options;
   options.purpose = purpose;
@@ -42,7 +83,7 @@ RelayOptions asking(RelayOptions::Purpose purpose) {
 }  // namespace
 
 std::string helpText() {
-  return R"(Usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY
+  return R"(Usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY [OPTION]...
 
 Carries sealed messages between Tallyfox agents and their phones. It speaks plain HTTP and WebSocket: listen on
 loopback, behind a proxy that ends TLS.
@@ -50,6 +91,8 @@ loopback, behind a proxy that ends TLS.
   --listen ADDRESS:PORT    the IP address and port to listen on, such as 127.0.0.1:8080 or [::1]:8080; port 0 takes
                            any free one
   --data DIRECTORY         where the pairings are kept; created when it is missing
+  --trusted-proxy CIDR     a proxy, or a network of them, whose Forwarded or X-Forwarded-For header names the client,
+                           such as 127.0.0.1 or 10.0.0.0/8; may be given several times. Requests are limited by client
 
   --help                   show this text
   --version                show the version
@@ -59,27 +102,26 @@ Exit status: 0 ended by SIGTERM or SIGINT, 1 it could not start or failed, 2 wro
 }
 
 std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const char* const> arguments) {
-  std::optional<std::string_view> listen;
-  std::optional<std::string_view> data;
   const auto asks = [&](std::string_view name) { return std::ranges::find(arguments, name) != arguments.end(); };
   if (asks("--help") || asks("-h")) return asking(Purpose::showHelp);
   if (arguments.size() == 1 && asks("--version")) return asking(Purpose::showVersion);
+  std::set<std::string_view> given;
   for (std::size_t index = 0; index < arguments.size(); index += 2) {
     const std::string_view name = arguments[index];
-    std::optional<std::string_view>* value = name == "--listen" ? &listen : name == "--data" ? &data : nullptr;
-    if (value == nullptr) return std::unexpected(fmt::format("Unknown argument {}; {}", name, usageText));
-    if (*value) return std::unexpected(fmt::format("{} is given twice; {}", name, usageText));
-    if (index + 1 == arguments.size()) return std::unexpected(fmt::format("{} lacks its value; {}", name, usageText));
-    *value = arguments[index + 1];
+    if (!settings().contains(name)) return wrongUsage(fmt::format("Unknown argument {}", name));
+    if (!given.insert(name).second && name != trustedProxyName)
+      return wrongUsage(fmt::format("{} is given twice", name));
+    if (index + 1 == arguments.size()) return wrongUsage(fmt::format("{} lacks its value", name));
   }
-  if (!listen) return std::unexpected(fmt::format("--listen is missing; {}", usageText));
-  if (!data || data->empty()) return std::unexpected(fmt::format("--data is missing; {}", usageText));
-  auto address = parsedListenAddress(*listen);
-  if (!address) {
-    return std::unexpected(fmt::format("{} is not an address and port such as 127.0.0.1:8080; {}", *listen, usageText));
+  if (!given.contains("--listen")) return wrongUsage("--listen is missing");
+  if (!given.contains("--data")) return wrongUsage("--data is missing");
+  RelayOptions options;
+  for (std::size_t index = 0; index < arguments.size(); index += 2) {
+    const auto taken = settings().at(arguments[index])(options, arguments[index + 1]);
+    if (!taken) return wrongUsage(taken.error());
   }
-  return RelayOptions{
-      .purpose = Purpose::serve, .address = std::move(address->address), .port = address->port, .dataDirectory = *data};
+  if (options.dataDirectory.empty()) return wrongUsage("--data is missing");
+  return options;
 }
 
 }  // namespace tallyfox::server

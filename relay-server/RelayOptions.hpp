@@ -6,10 +6,14 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "ClientAddress.hpp"
 
 namespace tallyfox::server {
 
-inline constexpr std::string_view usageText = "usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY";
+inline constexpr std::string_view usageText =
+    "usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY [OPTION]...";
 
 /// The whole help, as --help prints it.
 [[nodiscard]] std::string helpText();
@@ -22,6 +26,7 @@ struct RelayOptions {
   std::string address;     ///< an IP address literal, IPv6 without brackets
   std::uint16_t port = 0;  ///< 0 takes any free port
   std::filesystem::path dataDirectory;
+  std::vector<Network> trustedProxies{};  ///< whose word on their clients' addresses is taken
   bool operator==(const RelayOptions&) const = default;
 
   /// `arguments` without the program's name. The error is one line for the person who typed them.

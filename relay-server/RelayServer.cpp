@@ -31,12 +31,14 @@ std::string textOf(const tcp::endpoint& endpoint) {
 
 }  // namespace
 
-RelayServer::RelayServer(RelayDatabase database, const RelayLimits& limits, Console& console)
+RelayServer::RelayServer(RelayDatabase database, const RelayOptions& options, const RelayLimits& limits,
+                         Console& console)
     : limits_(limits),
       log_(console),
       database_(std::move(database)),
       hub_(database_, log_, limits_),
-      unauthenticated_(limits.unauthenticatedConnections) {}
+      unauthenticated_(limits.unauthenticatedConnections),
+      clientLimits_(limits_, options.trustedProxies) {}
 
 std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const RelayOptions& options,
                                                                            const RelayLimits& limits,
@@ -46,7 +48,7 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", options.address, error.message()));
   auto database = RelayDatabase::open(options.dataDirectory);
   if (!database) return std::unexpected(fmt::format("Unable to open the database: {}", database.error().description));
-  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*database), limits, console));
+  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*database), options, limits, console));
   error = server->listen(endpoint);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
   return server;
@@ -104,9 +106,12 @@ asio::awaitable<void> RelayServer::acceptConnections() {
 void RelayServer::serve(tcp::socket socket) {
   boost::system::error_code ignored;
   socket.set_option(tcp::no_delay(true), ignored);
-  const auto session = std::make_shared<HttpSession>(
-      std::move(socket),
-      HttpSession::Dependencies{.hub = hub_, .unauthenticated = unauthenticated_, .log = log_, .limits = limits_});
+  const auto session =
+      std::make_shared<HttpSession>(std::move(socket), HttpSession::Dependencies{.hub = hub_,
+                                                                                 .unauthenticated = unauthenticated_,
+                                                                                 .log = log_,
+                                                                                 .limits = limits_,
+                                                                                 .clientLimits = clientLimits_});
   // The completion keeps the session as long as its coroutine runs.
   asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
     if (failure) log_.line("A connection failed unexpectedly.");

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "ClientLimits.hpp"
 #include "RelayDatabase.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
@@ -37,7 +38,7 @@ class RelayServer {
   void stop();
 
  private:
-  RelayServer(RelayDatabase database, const RelayLimits& limits, Console& console);
+  RelayServer(RelayDatabase database, const RelayOptions& options, const RelayLimits& limits, Console& console);
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
   void serve(boost::asio::ip::tcp::socket socket);
@@ -48,6 +49,7 @@ class RelayServer {
   RelayDatabase database_;
   RelayHub hub_;
   UnauthenticatedConnections unauthenticated_;
+  ClientLimits clientLimits_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to
   boost::asio::ip::tcp::acceptor acceptor_{io_};
   boost::asio::ip::tcp::endpoint endpoint_;

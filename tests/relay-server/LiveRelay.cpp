@@ -26,8 +26,10 @@ asio::ip::tcp::endpoint loopback(std::uint16_t port) {
 
 }  // namespace
 
-LiveRelay::LiveRelay(const std::filesystem::path& directory, const RelayLimits& limits) {
-  auto server = RelayServer::open({.address = "127.0.0.1", .port = 0, .dataDirectory = directory}, limits, console);
+LiveRelay::LiveRelay(const std::filesystem::path& directory, const RelayLimits& limits, RelayOptions options) {
+  options.address = "127.0.0.1";
+  options.dataDirectory = directory;
+  auto server = RelayServer::open(options, limits, console);
   if (!server) throw std::runtime_error(server.error());
   server_ = std::move(*server);
   port_ = server_->port();

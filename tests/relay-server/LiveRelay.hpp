@@ -9,6 +9,7 @@
 
 #include "Recorders.hpp"
 #include "RelayLimits.hpp"
+#include "RelayOptions.hpp"
 #include "TemporaryDirectory.hpp"
 
 namespace tallyfox::server {
@@ -20,7 +21,7 @@ namespace tallyfox::server::testing {
 /// A whole relay on loopback, in a thread of this process.
 class LiveRelay {
  public:
-  explicit LiveRelay(const std::filesystem::path& directory, const RelayLimits& limits = {});
+  explicit LiveRelay(const std::filesystem::path& directory, const RelayLimits& limits = {}, RelayOptions options = {});
   ~LiveRelay();
   LiveRelay(const LiveRelay&) = delete;
   LiveRelay& operator=(const LiveRelay&) = delete;

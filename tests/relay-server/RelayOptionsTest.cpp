@@ -28,6 +28,13 @@ TEST(RelayOptions, takesAnIPv6AddressInBracketsAndPortZero) {
   EXPECT_EQ(options->port, 0);
 }
 
+TEST(RelayOptions, takeAnyNumberOfTrustedProxies) {
+  const auto options =
+      parsed({"--trusted-proxy", "127.0.0.1", "--listen", "[::1]:0", "--trusted-proxy", "10.0.0.0/8", "--data", "d"});
+  ASSERT_TRUE(options) << options.error();
+  EXPECT_EQ(options->trustedProxies, (std::vector{*Network::parsed("127.0.0.1"), *Network::parsed("10.0.0.0/8")}));
+}
+
 TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
   EXPECT_EQ(parsed({"--help"})->purpose, RelayOptions::Purpose::showHelp);
   EXPECT_EQ(parsed({"-h"})->purpose, RelayOptions::Purpose::showHelp);
@@ -37,7 +44,8 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 }
 
 TEST(RelayOptions, explainEachOption) {
-  for (const std::string word : {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--help ", "--version "})
+  for (const std::string word :
+       {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -53,6 +61,11 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
       {{"--listen"}, "--listen lacks its value"},
       {{"--port", "1"}, "Unknown argument --port"},
       {{"--data", "a", "--data", "b"}, "--data is given twice"},
+      {{"--trusted-proxy"}, "--trusted-proxy lacks its value"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "proxy.example"},
+       "proxy.example is no IP address or network"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "10.0.0.0/33"},
+       "10.0.0.0/33 has no prefix length"},
       {{"--listen", "127.0.0.1", "--data", "d"}, "127.0.0.1 is not an address and port"},
       {{"--listen", "localhost:80", "--data", "d"}, "localhost:80 is not"},
       {{"--listen", "127.0.0.1:65536", "--data", "d"}, "127.0.0.1:65536 is not"},

@@ -8,8 +8,8 @@ _tallyfox_relay() {
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       ;;
-    --listen) ;;
-    *) mapfile -t COMPREPLY < <(compgen -W "--listen --data --help --version" -- "$word") ;;
+    --listen | --trusted-proxy) ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "--listen --data --trusted-proxy --help --version" -- "$word") ;;
   esac
 }
 

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <boost/asio/ip/address.hpp>
+#include <boost/beast/http/fields.hpp>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "AddressLimits.hpp"
+#include "ClientAddress.hpp"
+#include "RelayLimits.hpp"
+
+namespace tallyfox::server {
+
+/// How often each client may connect and ask before it has proved who it is. Knows no clock and no sockets.
+class ClientLimits {
+ public:
+  using Time = AddressLimits::Time;
+  using Refusal = std::optional<std::chrono::seconds>;  ///< when the client may come again
+
+  ClientLimits(const RelayLimits& limits, std::vector<Network> trustedProxies);
+
+  /// For each accepted connection. Proxies connect as often as they like.
+  [[nodiscard]] Refusal connectionRefusal(const boost::asio::ip::address& peer, Time now);
+  /// For each request, once its header is there.
+  [[nodiscard]] Refusal requestRefusal(const boost::asio::ip::address& peer, const boost::beast::http::fields& fields,
+                                       Time now);
+  /// A place among the connections that are being refused with words, given up with the last pointer to it; null when
+  /// all are taken. Must not outlive this.
+  [[nodiscard]] std::shared_ptr<void> politeRefusal();
+
+ private:
+  std::vector<Network> trustedProxies_;
+  AddressLimits connections_;
+  AddressLimits requests_;
+  std::size_t politeRefusals_;  ///< places that are free
+};
+
+}  // namespace tallyfox::server
