@@ -12,8 +12,12 @@ ClientLimits::ClientLimits(const RelayLimits& limits, std::vector<Network> trust
       requests_(limits.requestsPerAddress, limits.limitedAddresses),
       politeRefusals_(limits.politeRefusals) {}
 
+bool ClientLimits::isTrustedProxy(const boost::asio::ip::address& peer) const {
+  return isListed(trustedProxies_, peer);
+}
+
 ClientLimits::Refusal ClientLimits::connectionRefusal(const boost::asio::ip::address& peer, Time now) {
-  if (isListed(trustedProxies_, peer)) return std::nullopt;
+  if (isTrustedProxy(peer)) return std::nullopt;
   return connections_.refusal(limitedClient(peer), now);
 }
 

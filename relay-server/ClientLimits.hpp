@@ -21,6 +21,7 @@ class ClientLimits {
 
   ClientLimits(const RelayLimits& limits, std::vector<Network> trustedProxies);
 
+  [[nodiscard]] bool isTrustedProxy(const boost::asio::ip::address& peer) const;
   /// For each accepted connection. Proxies connect as often as they like.
   [[nodiscard]] Refusal connectionRefusal(const boost::asio::ip::address& peer, Time now);
   /// For each request, once its header is there.

@@ -1,5 +1,6 @@
 #include "HttpSession.hpp"
 
+#include <algorithm>
 #include <array>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -12,6 +13,7 @@
 
 #include "AgentSession.hpp"
 #include "PhoneSession.hpp"
+#include "RequestOrigin.hpp"
 #include "base/HttpDate.hpp"
 
 namespace tallyfox::server {
@@ -33,6 +35,11 @@ asio::ip::address peerOf(const asio::ip::tcp::socket& socket) {
   return socket.remote_endpoint(gone).address();
 }
 
+void setDate(http::fields& fields) {
+  const auto now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
+  fields.set(http::field::date, formattedHttpDate(now));
+}
+
 }  // namespace
 
 HttpSession::HttpSession(asio::ip::tcp::socket socket, Dependencies dependencies)
@@ -45,12 +52,19 @@ asio::awaitable<void> HttpSession::run() {
   if (const auto wait = dependencies_.clientLimits.connectionRefusal(peer_, Clock::now())) {
     co_return co_await refusePolitely(*wait);
   }
+  endsAt_ = Clock::now() + dependencies_.limits.pageTime;
+  while (co_await serveRequest()) {
+  }
+}
+
+asio::awaitable<bool> HttpSession::serveRequest() {
   Parser parser;
   parser.header_limit(static_cast<std::uint32_t>(dependencies_.limits.headerBytes));
   parser.body_limit(dependencies_.limits.bodyBytes);
   const auto [error, wait] = co_await readRequest(parser);
   if (turnedAway_) {
-    co_await respond(plainResponse(HttpStatus::service_unavailable));
+    // A connection that was kept has asked nothing.
+    if (requests_ == 0) co_await respond(plainResponse(HttpStatus::service_unavailable));
   } else if (wait) {
     co_await respond(tooManyRequests(*wait));
   } else if (error) {
@@ -58,17 +72,37 @@ asio::awaitable<void> HttpSession::run() {
   } else if (websocket::is_upgrade(parser.get())) {
     co_await upgrade(parser.get());
   } else {
-    co_await respond(HttpRoutes(dependencies_.hub.access()).answer(parser.get()));
+    co_return co_await answer(parser.get());
   }
+  co_return false;
 }
 
-asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
-  const auto place = dependencies_.unauthenticated.admit([this](CloseCode) {
+asio::awaitable<bool> HttpSession::answer(const HttpRequest& request) {
+  ++requests_;
+  if (dependencies_.page != nullptr) {
+    if (auto response = PageRoutes(*dependencies_.page, false).answer(request)) {
+      co_return co_await respondPage(std::move(*response), request.keep_alive());
+    }
+  }
+  co_await respond(HttpRoutes(dependencies_.hub.access()).answer(request));
+  co_return false;
+}
+
+std::unique_ptr<UnauthenticatedConnections::Ticket> HttpSession::admitted() {
+  return dependencies_.unauthenticated.admit([this](CloseCode) {
     turnedAway_ = true;
     stream_.cancel();
   });
+}
+
+asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
+  const auto place = admitted();
   if (turnedAway_) co_return Refused{.error = asio::error::operation_aborted};
-  stream_.expires_after(dependencies_.limits.requestTime);
+  if (requests_ == 0) {
+    stream_.expires_after(dependencies_.limits.requestTime);
+  } else {
+    stream_.expires_at(std::min(Clock::now() + dependencies_.limits.keepAliveTime, endsAt_));
+  }
   const auto [headerError, headerBytes] = co_await http::async_read_header(stream_, buffer_, parser, resultOf);
   if (headerError) co_return Refused{.error = headerError};
   if (const auto wait = dependencies_.clientLimits.requestRefusal(peer_, parser.get(), Clock::now())) {
@@ -83,6 +117,9 @@ asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
 asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
   const boost::beast::string_view target = request.target();
   if (pathOf({target.data(), target.size()}) == phonePath) {
+    if (isFromAnotherSite(request, dependencies_.clientLimits.isTrustedProxy(peer_))) {
+      co_return co_await respond(plainResponse(HttpStatus::forbidden));
+    }
     auto socket = co_await accepted(request, dependencies_.limits.phoneFrameBytes);
     if (!socket) co_return;
     PhoneSession session(std::move(socket), {.hub = dependencies_.hub,
@@ -134,11 +171,29 @@ asio::awaitable<void> HttpSession::refusePolitely(std::chrono::seconds wait) {
 
 asio::awaitable<void> HttpSession::respond(HttpResponse response) {
   stream_.expires_after(dependencies_.limits.closeTime);
-  const auto now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
-  response.set(http::field::date, formattedHttpDate(now));
+  setDate(response);
   response.prepare_payload();
-  const auto [writeError, written] = co_await http::async_write(stream_, response, resultOf);
-  if (writeError) co_return;
+  const auto [error, written] = co_await http::async_write(stream_, response, resultOf);
+  if (!error) co_await linger();
+}
+
+asio::awaitable<bool> HttpSession::respondPage(PageResponse response, bool keeps) {
+  // Who loads the page is a stranger until the end, however slowly it reads.
+  const auto place = admitted();
+  const bool lasts = Clock::now() + dependencies_.limits.keepAliveTime < endsAt_;
+  keeps = keeps && lasts && requests_ < dependencies_.limits.requestsPerConnection;
+  if (turnedAway_) co_return false;
+  stream_.expires_at(endsAt_);
+  response.keep_alive(keeps);
+  setDate(response);
+  const auto [error, written] = co_await http::async_write(stream_, response, resultOf);
+  if (error || keeps) co_return !error;
+  stream_.expires_after(dependencies_.limits.closeTime);
+  co_await linger();
+  co_return false;
+}
+
+asio::awaitable<void> HttpSession::linger() {
   boost::system::error_code ignored;
   stream_.socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
   std::array<char, 4096> scrap;

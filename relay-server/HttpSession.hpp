@@ -16,10 +16,12 @@
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "UnauthenticatedConnections.hpp"
+#include "page/PageRoutes.hpp"
 
 namespace tallyfox::server {
 
-/// One accepted connection: reads its one request, then answers it or becomes a WebSocket session.
+/// One accepted connection: reads its request, then answers it or becomes a WebSocket session. Only a connection that
+/// loads the phone page may ask several times.
 class HttpSession {
  public:
   struct Dependencies {
@@ -28,6 +30,7 @@ class HttpSession {
     RelayLog& log;
     const RelayLimits& limits;
     ClientLimits& clientLimits;
+    const PageFiles* page;  ///< null without one
   };
   HttpSession(boost::asio::ip::tcp::socket socket, Dependencies dependencies);
   HttpSession(const HttpSession&) = delete;
@@ -43,12 +46,22 @@ class HttpSession {
   };
   using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
 
+  /// Whether the connection is kept for another request.
+  [[nodiscard]] boost::asio::awaitable<bool> serveRequest();
+  [[nodiscard]] std::unique_ptr<UnauthenticatedConnections::Ticket> admitted();
   [[nodiscard]] boost::asio::awaitable<Refused> readRequest(Parser& parser);
+  /// Whether the connection is kept.
+  [[nodiscard]] boost::asio::awaitable<bool> answer(const HttpRequest& request);
   [[nodiscard]] boost::asio::awaitable<void> upgrade(const HttpRequest& request);
   /// Null when the handshake failed; the client was told by then.
   [[nodiscard]] boost::asio::awaitable<std::shared_ptr<PeerSocket>> accepted(const HttpRequest& request,
                                                                              std::size_t greatestFrameBytes);
+  /// Answers and closes.
   [[nodiscard]] boost::asio::awaitable<void> respond(HttpResponse response);
+  /// Answers; whether the connection is kept.
+  [[nodiscard]] boost::asio::awaitable<bool> respondPage(PageResponse response, bool keeps);
+  /// Closes such that the client gets to see the answer.
+  [[nodiscard]] boost::asio::awaitable<void> linger();
   [[nodiscard]] boost::asio::awaitable<void> refuse(boost::system::error_code error);
 
   /// Tells a connection beyond its address's limit to wait, unless too many are being told.
@@ -58,6 +71,8 @@ class HttpSession {
   boost::beast::tcp_stream stream_;
   boost::beast::flat_buffer buffer_;
   Dependencies dependencies_;
+  std::chrono::steady_clock::time_point endsAt_;  ///< for a connection that loads the page
+  std::size_t requests_ = 0;                      ///< answered
   bool turnedAway_ = false;
 };
 

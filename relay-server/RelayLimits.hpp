@@ -20,6 +20,14 @@ struct RelayLimits {
   /// A peer that sent nothing, not even a pong, for so long is gone.
   std::chrono::milliseconds idleTime{60'000};
 
+  /// A connection that loads the phone page, from its first request to the end of its last answer: what a page of 100
+  /// KiB needs at 56 kbit/s, with room. One address then holds at most 400 + 10 x 30 places (see below).
+  std::chrono::milliseconds pageTime{30'000};
+  /// How long such a connection is kept for its next request.
+  std::chrono::milliseconds keepAliveTime{5'000};
+  /// More than the page has files.
+  std::size_t requestsPerConnection = 64;
+
   /// A request line with all its headers; ours stay below 1 KiB.
   std::size_t headerBytes = 8U * 1024U;
   /// The one body there is has 28 bytes.
@@ -37,9 +45,9 @@ struct RelayLimits {
   std::size_t unauthenticatedConnections = 1024;
   std::size_t phonesPerPairing = 16;
 
-  /// Connections of one address that is no listed proxy, asked before a byte is read. With `requestTime` and
-  /// `helloTime` one address holds at most 400 + 10 x 20 places among the 1024 strangers, so it alone turns nobody
-  /// away.
+  /// Connections of one address that is no listed proxy, asked before a byte is read. With `requestTime`,
+  /// `helloTime` and `pageTime` one address holds at most 400 + 10 x 30 places among the 1024 strangers, so it alone
+  /// turns nobody away.
   Rate connectionsPerAddress{.burst = 400, .perSecond = 10};
   /// Requests of one client, asked before its token is looked at. A device that finds no relay tries every three
   /// seconds, so 15 of them behind one address never wait; the burst lets an office of 60 computers, each with a phone

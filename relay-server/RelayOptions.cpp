@@ -58,6 +58,12 @@ Taken takeTrustedProxy(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+Taken takePage(RelayOptions& options, std::string_view value) {
+  if (value.empty()) return std::unexpected("--page lacks its value");
+  options.pageDirectory = value == "none" ? std::string_view() : value;
+  return {};
+}
+
 constexpr std::string_view trustedProxyName = "--trusted-proxy";
 
 /// What takes the value of each option.
@@ -66,6 +72,7 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--listen", takeListen},
       {"--data", takeData},
       {trustedProxyName, takeTrustedProxy},
+      {"--page", takePage},
   };
   return table;
 }
@@ -93,6 +100,7 @@ loopback, behind a proxy that ends TLS.
   --data DIRECTORY         where the pairings are kept; created when it is missing
   --trusted-proxy CIDR     a proxy, or a network of them, whose Forwarded or X-Forwarded-For header names the client,
                            such as 127.0.0.1 or 10.0.0.0/8; may be given several times. Requests are limited by client
+  --page DIRECTORY         the phone page to serve, or none; without it the installed one, if there is one
 
   --help                   show this text
   --version                show the version

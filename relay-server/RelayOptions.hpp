@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <expected>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,6 +28,8 @@ struct RelayOptions {
   std::uint16_t port = 0;  ///< 0 takes any free port
   std::filesystem::path dataDirectory;
   std::vector<Network> trustedProxies{};  ///< whose word on their clients' addresses is taken
+  /// Where the phone page is; empty for none, absent for the installed one.
+  std::optional<std::filesystem::path> pageDirectory{};
   bool operator==(const RelayOptions&) const = default;
 
   /// `arguments` without the program's name. The error is one line for the person who typed them.

@@ -31,12 +31,13 @@ std::string textOf(const tcp::endpoint& endpoint) {
 
 }  // namespace
 
-RelayServer::RelayServer(RelayDatabase database, const RelayOptions& options, const RelayLimits& limits,
-                         Console& console)
+RelayServer::RelayServer(RelayDatabase database, std::optional<PageFiles> page, const RelayOptions& options,
+                         const RelayLimits& limits, Console& console)
     : limits_(limits),
       log_(console),
       database_(std::move(database)),
       hub_(database_, log_, limits_),
+      page_(std::move(page)),
       unauthenticated_(limits.unauthenticatedConnections),
       clientLimits_(limits_, options.trustedProxies) {}
 
@@ -46,9 +47,17 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   boost::system::error_code error;
   const tcp::endpoint endpoint(asio::ip::make_address(options.address, error), options.port);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", options.address, error.message()));
+  std::optional<PageFiles> page;
+  if (options.pageDirectory && !options.pageDirectory->empty()) {
+    auto files = PageFiles::read(*options.pageDirectory, {});
+    if (!files) return std::unexpected(fmt::format("Unable to serve the page: {}", files.error()));
+    page = std::move(*files);
+    // Web Push is off as long as the relay has no key of its own.
+    page->add("/page-config.json", R"({"version":1,"pushKey":null})");
+  }
   auto database = RelayDatabase::open(options.dataDirectory);
   if (!database) return std::unexpected(fmt::format("Unable to open the database: {}", database.error().description));
-  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*database), options, limits, console));
+  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*database), std::move(page), options, limits, console));
   error = server->listen(endpoint);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
   return server;
@@ -111,7 +120,8 @@ void RelayServer::serve(tcp::socket socket) {
                                                                                  .unauthenticated = unauthenticated_,
                                                                                  .log = log_,
                                                                                  .limits = limits_,
-                                                                                 .clientLimits = clientLimits_});
+                                                                                 .clientLimits = clientLimits_,
+                                                                                 .page = page_ ? &*page_ : nullptr});
   // The completion keeps the session as long as its coroutine runs.
   asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
     if (failure) log_.line("A connection failed unexpectedly.");

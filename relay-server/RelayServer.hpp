@@ -6,6 +6,7 @@
 #include <boost/asio/signal_set.hpp>
 #include <expected>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "ClientLimits.hpp"
@@ -15,6 +16,7 @@
 #include "RelayLog.hpp"
 #include "RelayOptions.hpp"
 #include "UnauthenticatedConnections.hpp"
+#include "page/PageFiles.hpp"
 
 namespace tallyfox::server {
 
@@ -38,7 +40,8 @@ class RelayServer {
   void stop();
 
  private:
-  RelayServer(RelayDatabase database, const RelayOptions& options, const RelayLimits& limits, Console& console);
+  RelayServer(RelayDatabase database, std::optional<PageFiles> page, const RelayOptions& options,
+              const RelayLimits& limits, Console& console);
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
   void serve(boost::asio::ip::tcp::socket socket);
@@ -48,6 +51,7 @@ class RelayServer {
   RelayLog log_;
   RelayDatabase database_;
   RelayHub hub_;
+  std::optional<PageFiles> page_;
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to

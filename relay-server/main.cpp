@@ -4,8 +4,10 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <span>
 #include <string_view>
+#include <system_error>
 
 #include "RelayLimits.hpp"
 #include "RelayOptions.hpp"
@@ -36,9 +38,17 @@ void raiseDescriptorLimit() {
   setrlimit(RLIMIT_NOFILE, &descriptors);
 }
 
+/// Where an installation keeps the phone page: in share beside this program's bin. Empty when it has none.
+std::filesystem::path installedPage() {
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  auto page = program.parent_path().parent_path() / "share/tallyfox-relay/page";
+  return !error && std::filesystem::is_directory(page, error) ? page : std::filesystem::path();
+}
+
 int run(std::span<const char* const> arguments) {
   using namespace tallyfox::server;
-  const auto options = RelayOptions::parsed(arguments);
+  auto options = RelayOptions::parsed(arguments);
   if (!options) {
     printLine(stderr, options.error());
     return exitUsage;
@@ -51,6 +61,7 @@ int run(std::span<const char* const> arguments) {
     fmt::print("tallyfox-relay {}\n", TALLYFOX_VERSION);
     return 0;
   }
+  if (!options->pageDirectory) options->pageDirectory = installedPage();
   StandardErrorConsole console;
   const auto server = RelayServer::open(*options, RelayLimits{}, console);
   if (!server) {

@@ -3,6 +3,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
+#include <boost/asio/read_until.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/websocket.hpp>
@@ -50,6 +51,21 @@ void LiveRelay::stop() {
 struct TestConnection::State {
   asio::io_context io;
   asio::ip::tcp::socket socket{io};
+  std::string unread;
+
+  /// Runs one operation; absent when it does not end.
+  template <typename Initiation>
+  std::optional<boost::system::error_code> run(Initiation initiate) {
+    std::optional<boost::system::error_code> outcome;
+    initiate([&outcome](boost::system::error_code error, std::size_t) { outcome = error; });
+    io.restart();
+    io.run_for(patience);
+    if (outcome) return outcome;
+    socket.close();
+    io.restart();
+    io.run();
+    return std::nullopt;
+  }
 };
 
 TestConnection::TestConnection(std::uint16_t port) : state_(std::make_unique<State>()) {
@@ -64,18 +80,30 @@ void TestConnection::write(const std::string& text) {
   asio::write(state_->socket, asio::buffer(text), ignored);
 }
 
+std::optional<std::string> TestConnection::readAnswer(bool hasBody) {
+  auto buffer = asio::dynamic_buffer(state_->unread);
+  const auto headed =
+      state_->run([&](auto done) { asio::async_read_until(state_->socket, buffer, "\r\n\r\n", std::move(done)); });
+  if (!headed || *headed) return std::nullopt;
+  std::size_t size = state_->unread.find("\r\n\r\n") + 4;
+  constexpr std::string_view lengthField = "\r\nContent-Length: ";
+  const std::size_t length = state_->unread.find(lengthField);
+  if (hasBody && length < size) size += std::stoul(state_->unread.substr(length + lengthField.size()));
+  if (size > state_->unread.size()) {
+    const std::size_t missing = size - state_->unread.size();
+    const auto read = state_->run(
+        [&](auto done) { asio::async_read(state_->socket, buffer, asio::transfer_exactly(missing), std::move(done)); });
+    if (!read || *read) return std::nullopt;
+  }
+  std::string answer = state_->unread.substr(0, size);
+  state_->unread.erase(0, size);
+  return answer;
+}
+
 std::optional<std::string> TestConnection::readToEnd() {
-  std::string text;
-  bool ended = false;
-  asio::async_read(state_->socket, asio::dynamic_buffer(text),
-                   [&](boost::system::error_code, std::size_t) { ended = true; });
-  state_->io.restart();
-  state_->io.run_for(patience);
-  if (ended) return text;
-  state_->socket.close();
-  state_->io.restart();
-  state_->io.run();
-  return std::nullopt;
+  auto buffer = asio::dynamic_buffer(state_->unread);
+  if (!state_->run([&](auto done) { asio::async_read(state_->socket, buffer, std::move(done)); })) return std::nullopt;
+  return std::exchange(state_->unread, {});
 }
 
 HttpAnswer askedOver(std::uint16_t port, const std::string& request) {

@@ -43,6 +43,9 @@ class TestConnection {
   explicit TestConnection(std::uint16_t port);
   ~TestConnection();
   void write(const std::string& text);
+  /// One answer of a connection that may be kept; absent when none comes. Without a body when the request asks for
+  /// none.
+  [[nodiscard]] std::optional<std::string> readAnswer(bool hasBody = true);
   /// Everything until the relay closes; absent when it does not.
   [[nodiscard]] std::optional<std::string> readToEnd();
 

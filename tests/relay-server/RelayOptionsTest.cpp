@@ -35,6 +35,17 @@ TEST(RelayOptions, takeAnyNumberOfTrustedProxies) {
   EXPECT_EQ(options->trustedProxies, (std::vector{*Network::parsed("127.0.0.1"), *Network::parsed("10.0.0.0/8")}));
 }
 
+TEST(RelayOptions, nameTheDirectoryOfThePageOrNone) {
+  const auto page = [](std::vector<const char*> arguments) {
+    arguments.insert(arguments.end(), {"--listen", "[::1]:0", "--data", "d"});
+    return RelayOptions::parsed(arguments)->pageDirectory;
+  };
+  EXPECT_EQ(page({}), std::nullopt);
+  EXPECT_EQ(page({"--page", "/srv/page"}), std::filesystem::path("/srv/page"));
+  EXPECT_EQ(page({"--page", "./none"}), std::filesystem::path("./none"));
+  EXPECT_EQ(page({"--page", "none"}), std::filesystem::path());
+}
+
 TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
   EXPECT_EQ(parsed({"--help"})->purpose, RelayOptions::Purpose::showHelp);
   EXPECT_EQ(parsed({"-h"})->purpose, RelayOptions::Purpose::showHelp);
@@ -44,8 +55,8 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 }
 
 TEST(RelayOptions, explainEachOption) {
-  for (const std::string word :
-       {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--help ", "--version "})
+  for (const std::string word : {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ",
+                                 "--page DIRECTORY ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -62,6 +73,7 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
       {{"--port", "1"}, "Unknown argument --port"},
       {{"--data", "a", "--data", "b"}, "--data is given twice"},
       {{"--trusted-proxy"}, "--trusted-proxy lacks its value"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--page", ""}, "--page lacks its value"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "proxy.example"},
        "proxy.example is no IP address or network"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "10.0.0.0/33"},

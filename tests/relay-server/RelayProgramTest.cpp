@@ -17,6 +17,7 @@
 namespace tallyfox::server {
 namespace {
 
+using testing::askedOver;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using testing::HttpAnswer;
@@ -60,8 +61,8 @@ class PipeReader {
 /// A running relay program.
 class RelayProcess {
  public:
-  explicit RelayProcess(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), TALLYFOX_RELAY_PROGRAM);
+  explicit RelayProcess(std::vector<std::string> arguments, const std::string& program = TALLYFOX_RELAY_PROGRAM) {
+    arguments.insert(arguments.begin(), program);
     std::vector<char*> pointers;
     for (std::string& argument : arguments)
       pointers.push_back(argument.data());
@@ -70,7 +71,7 @@ class RelayProcess {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, output.writer(), STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, errors.writer(), STDERR_FILENO);
-    if (posix_spawn(&pid_, TALLYFOX_RELAY_PROGRAM, &actions, nullptr, pointers.data(), environ) != 0) pid_ = -1;
+    if (posix_spawn(&pid_, program.c_str(), &actions, nullptr, pointers.data(), environ) != 0) pid_ = -1;
     posix_spawn_file_actions_destroy(&actions);
     output.closeWriter();
     errors.closeWriter();
@@ -146,6 +147,23 @@ TEST(RelayProgram, exitsWithOneAndOneLineWhenItCannotStart) {
   RelayProcess second(listeningAt(directory.path() / "second", taken));
   EXPECT_EQ(second.errors.line(), "Unable to listen on " + taken + ": Address already in use");
   EXPECT_EQ(second.ended(), 1);
+}
+
+TEST(RelayProgram, servesThePageOfItsInstallation) {
+  const TemporaryDirectory prefix;
+  std::filesystem::create_directories(prefix.path() / "bin");
+  std::filesystem::create_directories(prefix.path() / "share/tallyfox-relay/page");
+  std::filesystem::copy(TALLYFOX_RELAY_PROGRAM, prefix.path() / "bin/tallyfox-relay");
+  std::ofstream(prefix.path() / "share/tallyfox-relay/page/index.html") << "<!doctype html>";
+  const std::string ask = "GET / HTTP/1.1\r\nHost: relay\r\nConnection: close\r\n\r\n";
+  std::vector<std::string> arguments = listeningAt(prefix.path() / "data");
+  {
+    RelayProcess relay(arguments, prefix.path() / "bin/tallyfox-relay");
+    EXPECT_EQ(askedOver(relay.port(), ask), (HttpAnswer{.status = 200, .body = "<!doctype html>"}));
+  }
+  arguments.insert(arguments.end(), {"--page", "none"});
+  RelayProcess relay(arguments, prefix.path() / "bin/tallyfox-relay");
+  EXPECT_EQ(askedOver(relay.port(), ask).status, 404U);
 }
 
 TEST(RelayProgram, endsGracefullyOnBothSignals) {

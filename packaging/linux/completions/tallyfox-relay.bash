@@ -4,12 +4,12 @@ _tallyfox_relay() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case $previous in
-    --data)
+    --data | --page)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       ;;
     --listen | --trusted-proxy) ;;
-    *) mapfile -t COMPREPLY < <(compgen -W "--listen --data --trusted-proxy --help --version" -- "$word") ;;
+    *) mapfile -t COMPREPLY < <(compgen -W "--listen --data --trusted-proxy --page --help --version" -- "$word") ;;
   esac
 }
 

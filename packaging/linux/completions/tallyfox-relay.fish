@@ -3,5 +3,6 @@ complete -c tallyfox-relay -f
 complete -c tallyfox-relay -l listen -x -d 'The address and port to listen on'
 complete -c tallyfox-relay -l data -x -a '(__fish_complete_directories)' -d 'Where the pairings are kept'
 complete -c tallyfox-relay -l trusted-proxy -x -d 'A proxy whose word on its clients is taken'
+complete -c tallyfox-relay -l page -x -a '(__fish_complete_directories)' -d 'The phone page to serve, or none'
 complete -c tallyfox-relay -l help -d 'Show the options'
 complete -c tallyfox-relay -l version -d 'Show the version'
