@@ -26,7 +26,7 @@ constexpr std::string_view contentSecurityPolicy =
     "require-trusted-types-for 'script'";
 /// The camera reads pairing codes; nothing else of the device is asked for.
 constexpr std::string_view permissionsPolicy =
-    "camera=(self), microphone=(), geolocation=(), display-capture=(), payment=(), usb=(), serial=(), bluetooth=(), "
+    "camera=(self), microphone=(), geolocation=(), display-capture=(), payment=(), usb=(), serial=(), "
     "hid=(), midi=()";
 constexpr std::string_view oneYear = "max-age=31536000";
 
