@@ -1,0 +1,126 @@
+import { useEffect, useState } from 'preact/hooks';
+import type { ReadCode } from '../core/Phone';
+import { readPicture } from '../platform/qrReader';
+import { CameraScan } from './CameraScan';
+import { usePage } from './context';
+import { CameraIcon, PictureIcon } from './icons';
+import { NamesForm } from './NamesForm';
+
+/// Scan, choose or paste a code; then the names; then hello.
+export function PairView() {
+  const { phone } = usePage();
+  const [read, setRead] = useState<ReadCode>();
+  useEffect(() => () => phone.cancelPairing(), [phone]);
+  if (read?.kind === 'ready') return <NamesForm ready={read} onAnother={() => setRead(undefined)} />;
+  return <CodeInput read={read} onRead={setRead} />;
+}
+
+interface CodeInputProps {
+  readonly read: ReadCode | undefined;
+  readonly onRead: (read: ReadCode | undefined) => void;
+}
+
+function CodeInput({ read, onRead }: CodeInputProps) {
+  const { phone, messages } = usePage();
+  const { pairing } = messages;
+  const [isScanning, setScanning] = useState(false);
+  const [problem, setProblem] = useState<string>();
+  const [text, setText] = useState('');
+
+  const use = (code: string) => {
+    setProblem(undefined);
+    setScanning(false);
+    onRead(phone.readCode(code));
+  };
+  const choose = async (file: File | undefined) => {
+    if (!file) return;
+    onRead(undefined);
+    setProblem(undefined);
+    try {
+      const found = await readPicture(file);
+      if (found === undefined) setProblem(pairing.pictureWithoutCode);
+      else use(found);
+    } catch {
+      setProblem(pairing.pictureUnreadable);
+    }
+  };
+  const cameraFailed = (why: 'denied' | 'missing') => {
+    setScanning(false);
+    setProblem(why === 'denied' ? pairing.cameraDenied : pairing.noCamera);
+  };
+  const trouble = problem ?? (read?.kind === 'problem' ? pairing.problems[read.problem] : undefined);
+  return (
+    <div class="sheet">
+      <p class="lead">{pairing.lead}</p>
+      <div role="alert">
+        {trouble && <p class="notice bad">{trouble}</p>}
+        {read?.kind === 'otherRelay' && (
+          <div class="notice warning">
+            <p>{pairing.otherRelay}</p>
+            <p>
+              <a href={read.address} rel="noopener noreferrer" referrerpolicy="no-referrer">
+                {read.address}
+              </a>
+            </p>
+          </div>
+        )}
+      </div>
+      {isScanning ? (
+        <CameraScan onText={use} onFailure={cameraFailed} onStop={() => setScanning(false)} />
+      ) : (
+        <button
+          type="button"
+          class="primary wide"
+          onClick={() => {
+            setProblem(undefined);
+            onRead(undefined);
+            setScanning(true);
+          }}
+        >
+          <CameraIcon />
+          {pairing.scan}
+        </button>
+      )}
+      <label class="button wide file">
+        <PictureIcon />
+        {pairing.picture}
+        <input
+          type="file"
+          accept="image/*"
+          onChange={({ currentTarget }) => {
+            const [file] = currentTarget.files ?? [];
+            // The same picture can be chosen again.
+            void choose(file).finally(() => (currentTarget.value = ''));
+          }}
+        />
+      </label>
+      <form
+        class="field"
+        onSubmit={(event) => {
+          event.preventDefault();
+          use(text);
+          // It holds secrets: not kept on the screen longer than it is needed.
+          setText('');
+        }}
+      >
+        <label for="code-text">{pairing.text}</label>
+        <p class="hint" id="code-hint">
+          {pairing.textHint}
+        </p>
+        <textarea
+          id="code-text"
+          aria-describedby="code-hint"
+          rows={3}
+          spellcheck={false}
+          autocomplete="off"
+          autocapitalize="off"
+          value={text}
+          onInput={({ currentTarget }) => setText(currentTarget.value)}
+        />
+        <button type="submit" class="wide">
+          {pairing.useText}
+        </button>
+      </form>
+    </div>
+  );
+}
