@@ -7,7 +7,8 @@ namespace tallyfox::server {
 /// Why the relay closes a WebSocket; the numbers are part of the protocol.
 enum class CloseCode : std::uint16_t {
   normal = 1000,
-  goingAway = 1001,  ///< the relay stops
+  goingAway = 1001,    ///< the relay stops
+  invalidText = 1007,  ///< a text frame is not UTF-8
   frameTooLarge = 1009,
   internalError = 1011,  ///< the relay's storage fails
   tryAgainLater = 1013,  ///< too many connections that have not said who they are

@@ -7,13 +7,13 @@
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/write.hpp>
-#include <boost/beast/websocket/rfc6455.hpp>
 #include <chrono>
 #include <utility>
 
 #include "AgentSession.hpp"
 #include "PhoneSession.hpp"
 #include "RequestOrigin.hpp"
+#include "RequestRules.hpp"
 #include "base/HttpDate.hpp"
 
 namespace tallyfox::server {
@@ -69,8 +69,14 @@ asio::awaitable<bool> HttpSession::serveRequest() {
     co_await respond(tooManyRequests(*wait));
   } else if (error) {
     co_await refuse(error);
-  } else if (websocket::is_upgrade(parser.get())) {
-    co_await upgrade(parser.get());
+  } else if (auto breach = ruleBreach(parser.get(), buffer_.size())) {
+    co_await respond(std::move(*breach));
+  } else if (asksForWebSocket(parser.get())) {
+    HttpRequest request = parser.release();
+    // The handshake looks at the first line of each alone.
+    request.set(http::field::connection, "Upgrade");
+    request.set(http::field::upgrade, "websocket");
+    co_await upgrade(request);
   } else {
     co_return co_await answer(parser.get());
   }
@@ -109,7 +115,7 @@ asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
     co_return Refused{.error = {}, .wait = wait};
   }
   // What follows an upgrade's header belongs to the WebSocket.
-  if (websocket::is_upgrade(parser.get())) co_return Refused{};
+  if (asksForWebSocket(parser.get())) co_return Refused{};
   const auto [bodyError, bodyBytes] = co_await http::async_read(stream_, buffer_, parser, resultOf);
   co_return Refused{.error = bodyError};
 }

@@ -9,6 +9,8 @@
 #include <string>
 #include <utility>
 
+#include "base/Text.hpp"
+
 namespace tallyfox::server {
 namespace {
 
@@ -18,6 +20,10 @@ namespace websocket = boost::beast::websocket;
 using Clock = asio::steady_timer::clock_type;
 
 constexpr auto resultOf = asio::as_tuple(asio::use_awaitable);
+
+bool isAscii(char c) {
+  return (static_cast<unsigned char>(c) & 0x80) == 0;
+}
 
 }  // namespace
 
@@ -52,6 +58,13 @@ asio::awaitable<Frame> PeerSocket::read() {
     if (!error && text.size() > greatestFrameBytes_) close(CloseCode::frameTooLarge);
     if (error || closeCode_) co_return nullptr;
   } while (!socket_.is_message_done());
+  // The stream does not see that a character is cut by the end of a message whose last frame is empty.
+  if (socket_.got_text() && !text.empty() && !isAscii(text.back()) && !isValidUtf8(text)) {
+    close(CloseCode::invalidText);
+    co_return nullptr;
+  }
+  // No message is binary: whoever sends one gets what malformed text gets, whatever is in it.
+  if (socket_.got_binary()) text.clear();
   co_return std::make_shared<const std::string>(std::move(text));
 }
 

@@ -100,7 +100,7 @@ TEST_F(RelayServerTest, turnsTheOldestStrangerAwayWith503) {
   TestConnection second(relay.port());
   TestConnection third(relay.port());
   EXPECT_THAT(first.readToEnd().value_or("silence"), StartsWith("HTTP/1.1 503 "));
-  second.write("GET /healthz HTTP/1.1\r\n\r\n");
+  second.write("GET /healthz HTTP/1.1\r\nHost: relay\r\n\r\n");
   EXPECT_THAT(second.readToEnd().value_or("silence"), StartsWith("HTTP/1.1 200 "));
 }
 
