@@ -14,13 +14,13 @@ AgentSession::~AgentSession() {
 
 boost::asio::awaitable<void> AgentSession::run() {
   socket_->start();
-  if (const auto admitted = hub_.agentJoined(pairingID_, *socket_); !admitted) {
+  if (const auto admitted = co_await hub_.agentJoined(pairingID_, *socket_); !admitted) {
     socket_->close(admitted.error());
     co_return;
   }
   joined_ = true;
   while (const Frame frame = co_await socket_->read())
-    hub_.agentFrame(pairingID_, *socket_, frame);
+    co_await hub_.agentFrame(pairingID_, *socket_, frame);
 }
 
 }  // namespace tallyfox::server

@@ -47,37 +47,41 @@ HttpResponse methodNotAllowed(std::string_view allowed) {
 
 }  // namespace
 
-HttpResponse HttpRoutes::answer(const HttpRequest& request) {
+boost::asio::awaitable<HttpResponse> HttpRoutes::answer(const HttpRequest& request) {
   const std::string_view path = pathOf(viewOf(request.target()));
   if (path == "/healthz") {
-    if (request.method() != http::verb::get) return methodNotAllowed("GET");
+    if (request.method() != http::verb::get) co_return methodNotAllowed("GET");
     HttpResponse response = plainResponse(HttpStatus::ok);
     response.body() = "ok\n";
-    return response;
+    co_return response;
   }
   if (const auto pairingID = pairingIDOf(path)) {
-    if (request.method() == http::verb::get) return plainResponse(standing(request, *pairingID));
-    if (request.method() != http::verb::put) return methodNotAllowed("GET, PUT");
-    return plainResponse(registration(request, *pairingID));
+    if (request.method() == http::verb::get) {
+      const HttpStatus status = co_await standing(request, *pairingID);
+      co_return plainResponse(status);
+    }
+    if (request.method() != http::verb::put) co_return methodNotAllowed("GET, PUT");
+    const HttpStatus status = co_await registration(request, *pairingID);
+    co_return plainResponse(status);
   }
-  return plainResponse(HttpStatus::not_found);
+  co_return plainResponse(HttpStatus::not_found);
 }
 
-HttpStatus HttpRoutes::registration(const HttpRequest& request, std::string_view pairingID) {
-  if (!isIdentifier(pairingID, pairingIDCharacters)) return HttpStatus::bad_request;
+boost::asio::awaitable<HttpStatus> HttpRoutes::registration(const HttpRequest& request, std::string_view pairingID) {
+  if (!isIdentifier(pairingID, pairingIDCharacters)) co_return HttpStatus::bad_request;
   const auto token = bearerToken(request);
-  if (!token) return HttpStatus::unauthorized;
-  if (!isRegistrationBody(request.body())) return HttpStatus::bad_request;
-  const auto registered = access_.registerToken(pairingID, *token);
-  return registered ? HttpStatus::no_content : statusOf(registered.error());
+  if (!token) co_return HttpStatus::unauthorized;
+  if (!isRegistrationBody(request.body())) co_return HttpStatus::bad_request;
+  const auto registered = co_await access_.registerToken(std::string(pairingID), std::string(*token));
+  co_return registered ? HttpStatus::no_content : statusOf(registered.error());
 }
 
-HttpStatus HttpRoutes::standing(const HttpRequest& request, std::string_view pairingID) {
-  if (!isIdentifier(pairingID, pairingIDCharacters)) return HttpStatus::bad_request;
+boost::asio::awaitable<HttpStatus> HttpRoutes::standing(const HttpRequest& request, std::string_view pairingID) {
+  if (!isIdentifier(pairingID, pairingIDCharacters)) co_return HttpStatus::bad_request;
   const auto token = bearerToken(request);
-  if (!token) return HttpStatus::unauthorized;
-  const auto known = access_.check(pairingID, *token);
-  return known ? HttpStatus::no_content : statusOf(known.error());
+  if (!token) co_return HttpStatus::unauthorized;
+  const auto known = co_await access_.check(std::string(pairingID), std::string(*token));
+  co_return known ? HttpStatus::no_content : statusOf(known.error());
 }
 
 std::optional<std::string_view> bearerToken(const http::fields& fields) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <boost/asio/awaitable.hpp>
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <chrono>
@@ -18,12 +19,13 @@ using HttpStatus = boost::beast::http::status;
 class HttpRoutes {
  public:
   explicit HttpRoutes(PairingAccess& access) : access_(access) {}
-  [[nodiscard]] HttpResponse answer(const HttpRequest& request);
+  /// `request` must live until the answer.
+  [[nodiscard]] boost::asio::awaitable<HttpResponse> answer(const HttpRequest& request);
 
  private:
-  [[nodiscard]] HttpStatus registration(const HttpRequest& request, std::string_view pairingID);
+  [[nodiscard]] boost::asio::awaitable<HttpStatus> registration(const HttpRequest& request, std::string_view pairingID);
   /// Whether this token is registered for the pairing; changes nothing.
-  [[nodiscard]] HttpStatus standing(const HttpRequest& request, std::string_view pairingID);
+  [[nodiscard]] boost::asio::awaitable<HttpStatus> standing(const HttpRequest& request, std::string_view pairingID);
 
   PairingAccess& access_;
 };

@@ -90,7 +90,9 @@ asio::awaitable<bool> HttpSession::answer(const HttpRequest& request) {
       co_return co_await respondPage(std::move(*response), request.keep_alive());
     }
   }
-  co_await respond(HttpRoutes(dependencies_.hub.access()).answer(request));
+  HttpRoutes routes(dependencies_.hub.access());
+  HttpResponse response = co_await routes.answer(request);
+  co_await respond(std::move(response));
   co_return false;
 }
 
@@ -136,7 +138,7 @@ asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
   }
   const auto token = bearerToken(request);
   if (!token) co_return co_await respond(plainResponse(HttpStatus::unauthorized));
-  auto pairingID = dependencies_.hub.access().pairingOfToken(*token);
+  auto pairingID = co_await dependencies_.hub.access().pairingOfToken(std::string(*token));
   if (!pairingID) co_return co_await respond(plainResponse(statusOf(pairingID.error())));
   auto socket = co_await accepted(request, dependencies_.limits.agentFrameBytes);
   if (!socket) co_return;

@@ -2,6 +2,8 @@
 
 #include <openssl/crypto.h>
 
+#include <utility>
+
 namespace tallyfox::server {
 namespace {
 
@@ -17,38 +19,39 @@ std::expected<void, Refusal> verdict(const PairingRecord& pairing, const Sha256D
 
 }  // namespace
 
-std::expected<void, Refusal> PairingAccess::registerToken(std::string_view pairingID, std::string_view token) {
+PairingAccess::Answer<void> PairingAccess::registerToken(std::string pairingID, std::string token) {
   const Sha256Digest hash = sha256(bytesOf(token));
-  const auto pairing = database_.pairing(pairingID);
-  if (!pairing) return std::unexpected(storageFailure("look up a pairing", pairing.error()));
-  if (*pairing) {
-    if (const auto allowed = verdict(**pairing, hash); !allowed) return allowed;
+  const auto known = co_await store_.pairing(pairingID);
+  if (!known) co_return std::unexpected(storageFailure("look up a pairing", known.error()));
+  if (*known) {
+    if (const auto allowed = verdict(**known, hash); !allowed) co_return allowed;
   }
-  if (const auto stored = database_.registerPairing(pairingID, hash); !stored) {
-    return std::unexpected(storageFailure("store a registration", stored.error()));
-  }
-  log_.line("Pairing {} registered{}.", shortened(pairingID), *pairing ? " again" : "");
-  return {};
+  const auto stored = co_await store_.registerPairing(pairingID, hash);
+  if (!stored) co_return std::unexpected(storageFailure("store a registration", stored.error()));
+  // Another token may have been registered, or the pairing revoked, since it was looked up.
+  if (const auto allowed = verdict(*stored, hash); !allowed) co_return allowed;
+  log_.line("Pairing {} registered{}.", shortened(pairingID), *known ? " again" : "");
+  co_return std::expected<void, Refusal>{};
 }
 
-std::expected<std::string, Refusal> PairingAccess::pairingOfToken(std::string_view token) {
+PairingAccess::Answer<std::string> PairingAccess::pairingOfToken(std::string token) {
   const Sha256Digest hash = sha256(bytesOf(token));
   // The index is searched by hash: its timing tells about digests of presented tokens, which help nobody to find one.
-  const auto pairing = database_.pairingOfToken(hash);
-  if (!pairing) return std::unexpected(storageFailure("look up a token", pairing.error()));
-  if (!*pairing) return std::unexpected(Refusal::unauthorized);
-  if (const auto allowed = verdict(**pairing, hash); !allowed) return std::unexpected(allowed.error());
-  return (*pairing)->id;
+  const auto pairing = co_await store_.pairingOfToken(hash);
+  if (!pairing) co_return std::unexpected(storageFailure("look up a token", pairing.error()));
+  if (!*pairing) co_return std::unexpected(Refusal::unauthorized);
+  if (const auto allowed = verdict(**pairing, hash); !allowed) co_return std::unexpected(allowed.error());
+  co_return (*pairing)->id;
 }
 
-std::expected<void, Refusal> PairingAccess::check(std::string_view pairingID, std::string_view token) {
-  const auto pairing = database_.pairing(pairingID);
-  if (!pairing) return std::unexpected(storageFailure("look up a pairing", pairing.error()));
-  if (!*pairing) return std::unexpected(Refusal::unauthorized);
-  return verdict(**pairing, sha256(bytesOf(token)));
+PairingAccess::Answer<void> PairingAccess::check(std::string pairingID, std::string token) {
+  const auto pairing = co_await store_.pairing(std::move(pairingID));
+  if (!pairing) co_return std::unexpected(storageFailure("look up a pairing", pairing.error()));
+  if (!*pairing) co_return std::unexpected(Refusal::unauthorized);
+  co_return verdict(**pairing, sha256(bytesOf(token)));
 }
 
-PairingAccess::Refusal PairingAccess::storageFailure(std::string_view task, const DatabaseError& error) {
+PairingAccess::Refusal PairingAccess::storageFailure(std::string_view task, const StorageError& error) {
   log_.line("Unable to {}: {}", task, error.description);
   return Refusal::storageFailed;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <boost/asio/awaitable.hpp>
 #include <expected>
 #include <string>
 #include <string_view>
 
-#include "RelayDatabase.hpp"
 #include "RelayLog.hpp"
+#include "storage/PairingStore.hpp"
 
 namespace tallyfox::server {
 
@@ -16,21 +17,24 @@ class PairingAccess {
   enum class Refusal {
     unauthorized,   ///< unknown pairing, or another token
     revoked,        ///< the right token of a revoked pairing
-    storageFailed,  ///< the database could not be asked; it is in the log
+    storageFailed,  ///< the storage could not be asked; it is in the log
   };
 
-  PairingAccess(RelayDatabase& database, RelayLog& log) : database_(database), log_(log) {}
+  template <typename Value>
+  using Answer = boost::asio::awaitable<std::expected<Value, Refusal>>;
+
+  PairingAccess(PairingStore& store, RelayLog& log) : store_(store), log_(log) {}
 
   /// The first token registered for a pairing is its token for good.
-  [[nodiscard]] std::expected<void, Refusal> registerToken(std::string_view pairingID, std::string_view token);
+  [[nodiscard]] Answer<void> registerToken(std::string pairingID, std::string token);
   /// The pairing for which the token was registered last.
-  [[nodiscard]] std::expected<std::string, Refusal> pairingOfToken(std::string_view token);
-  [[nodiscard]] std::expected<void, Refusal> check(std::string_view pairingID, std::string_view token);
+  [[nodiscard]] Answer<std::string> pairingOfToken(std::string token);
+  [[nodiscard]] Answer<void> check(std::string pairingID, std::string token);
 
  private:
-  Refusal storageFailure(std::string_view task, const DatabaseError& error);
+  Refusal storageFailure(std::string_view task, const StorageError& error);
 
-  RelayDatabase& database_;
+  PairingStore& store_;
   RelayLog& log_;
 };
 

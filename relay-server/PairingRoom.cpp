@@ -73,10 +73,10 @@ void PairingRoom::publishSnapshot(Frame snapshot) {
   sendToPhones(snapshot_);
 }
 
-void PairingRoom::publishPhoneStatus(const std::vector<DeviceRecord>& pairedDevices) {
-  if (agent_ == nullptr) return;
+void PairingRoom::publishPhoneStatus() {
+  if (agent_ == nullptr || !pairedDevices_) return;
   std::vector<RelayPhoneStatus> phones;
-  for (const DeviceRecord& device : pairedDevices) {
+  for (const DeviceRecord& device : *pairedDevices_) {
     phones.push_back({.deviceID = device.id,
                       .deviceName = device.name,
                       .platform = device.platform,

@@ -2,12 +2,14 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "RelayDatabase.hpp"
 #include "RelayPeer.hpp"
+#include "storage/PairingRecords.hpp"
 
 namespace tallyfox::server {
 
@@ -36,8 +38,11 @@ class PairingRoom {
   void publishSnapshot(Frame snapshot);
   void dropSnapshot() { snapshot_.reset(); }
   [[nodiscard]] std::size_t snapshotBytes() const { return snapshot_ ? snapshot_->size() : 0; }
-  /// Tells the agent which phones are paired and which of them are connected, when that differs from what it was told.
-  void publishPhoneStatus(const std::vector<DeviceRecord>& pairedDevices);
+  /// Which phones are paired, as the storage said last.
+  void setPairedDevices(std::vector<DeviceRecord> devices) { pairedDevices_ = std::move(devices); }
+  /// Tells the agent which phones are paired and which of them are connected, when both are known and differ from what
+  /// it was told.
+  void publishPhoneStatus();
 
   /// Tells one phone, at each of its sockets, that it is unpaired and lets it go; one that is not connected needs no
   /// telling.
@@ -53,6 +58,7 @@ class PairingRoom {
 
   RelayPeer* agent_ = nullptr;
   std::map<std::string, std::vector<RelayPeer*>, std::less<>> phones_;  ///< no device without a socket
+  std::optional<std::vector<DeviceRecord>> pairedDevices_;
   Frame snapshot_;
   std::string lastPhoneStatus_;  ///< as the current agent knows it; empty when it was told nothing
 };

@@ -18,17 +18,22 @@ PhoneSession::~PhoneSession() {
 
 boost::asio::awaitable<void> PhoneSession::run() {
   socket_->start();
-  const Frame hello = co_await firstFrame();
-  if (!hello || !join(hello)) co_return;
+  if (!co_await enter()) co_return;
   while (const Frame frame = co_await socket_->read()) {
-    if (const auto verdict = dependencies_.hub.phoneFrame(*joined_, *socket_, frame); !verdict) {
+    if (const auto verdict = co_await dependencies_.hub.phoneFrame(*joined_, *socket_, frame); !verdict) {
       socket_->close(verdict.error());
     }
   }
 }
 
-boost::asio::awaitable<Frame> PhoneSession::firstFrame() {
+boost::asio::awaitable<bool> PhoneSession::enter() {
   const auto place = dependencies_.unauthenticated.admit([this](CloseCode code) { socket_->close(code); });
+  const Frame hello = co_await firstFrame();
+  if (!hello) co_return false;
+  co_return co_await join(hello);
+}
+
+boost::asio::awaitable<Frame> PhoneSession::firstFrame() {
   boost::asio::steady_timer deadline(co_await boost::asio::this_coro::executor, dependencies_.limits.helloTime);
   deadline.async_wait([weak = std::weak_ptr(socket_)](boost::system::error_code cancelled) {
     if (const auto socket = weak.lock(); socket && !cancelled) socket->close(CloseCode::malformed);
@@ -36,19 +41,19 @@ boost::asio::awaitable<Frame> PhoneSession::firstFrame() {
   co_return co_await socket_->read();
 }
 
-bool PhoneSession::join(const Frame& frame) {
+boost::asio::awaitable<bool> PhoneSession::join(Frame frame) {
   const auto hello = PhoneHello::decoded(*frame);
   if (!hello) {
     dependencies_.log.line("A phone's hello is malformed: {}", hello.error().description);
     socket_->close(CloseCode::malformed);
-    return false;
+    co_return false;
   }
-  if (const auto admitted = dependencies_.hub.phoneJoined(*hello, *socket_); !admitted) {
+  if (const auto admitted = co_await dependencies_.hub.phoneJoined(*hello, *socket_); !admitted) {
     socket_->close(admitted.error());
-    return false;
+    co_return false;
   }
   joined_ = PhoneAddress{.pairingID = hello->pairingID, .deviceID = hello->deviceID};
-  return true;
+  co_return true;
 }
 
 }  // namespace tallyfox::server

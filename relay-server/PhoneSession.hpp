@@ -31,8 +31,10 @@ class PhoneSession {
  private:
   /// The phone's first frame; null when it did not come in time.
   [[nodiscard]] boost::asio::awaitable<Frame> firstFrame();
-  /// Closes the socket when the hello is no good.
-  [[nodiscard]] bool join(const Frame& frame);
+  /// Whether it did; else the socket is closed with the reason.
+  [[nodiscard]] boost::asio::awaitable<bool> join(Frame frame);
+  /// Says hello and joins, as one of those who have not yet shown who they are.
+  [[nodiscard]] boost::asio::awaitable<bool> enter();
 
   std::shared_ptr<PeerSocket> socket_;
   Dependencies dependencies_;

@@ -1,6 +1,7 @@
 #include "RelayHub.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "PhoneFrames.hpp"
 #include "relay/RelayMessages.hpp"
@@ -12,120 +13,145 @@ constexpr std::string_view phoneLeave = "phone.leave";
 
 }  // namespace
 
-RelayHub::Verdict RelayHub::agentJoined(const std::string& pairingID, RelayPeer& agent) {
-  if (closing_) return std::unexpected(CloseCode::goingAway);
-  // The token was checked before the handshake, and the owner may have revoked the pairing during it.
-  const auto pairing = database_.pairing(pairingID);
-  if (!pairing) {
-    log_.line("Unable to look up pairing {}: {}", shortened(pairingID), pairing.error().description);
-    return std::unexpected(CloseCode::internalError);
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::agentJoined(std::string pairingID, RelayPeer& agent) {
+  const auto turn = co_await turns_.take(pairingID);
+  if (const Verdict admitted = co_await admitAgent(pairingID); !admitted) co_return admitted;
+  co_await listDevices(pairingID);
+  if (closing_) {
+    discardWhenEmpty(pairingID);
+    co_return std::unexpected(CloseCode::goingAway);
   }
-  if (!*pairing || (*pairing)->revoked) return std::unexpected(CloseCode::unpaired);
   room(pairingID).setAgent(agent);
   log_.line("Agent of pairing {} connected.", shortened(pairingID));
-  publishPhoneStatus(pairingID);
-  return {};
+  room(pairingID).publishPhoneStatus();
+  co_return Verdict{};
 }
 
-void RelayHub::agentFrame(const std::string& pairingID, RelayPeer& agent, const Frame& frame) {
-  if (!room(pairingID).isAgent(agent)) return;
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitAgent(const std::string& pairingID) {
+  if (closing_) co_return std::unexpected(CloseCode::goingAway);
+  // The token was checked before the handshake, and the owner may have revoked the pairing during it.
+  const auto pairing = co_await store_.pairing(pairingID);
+  if (!pairing) {
+    log_.line("Unable to look up pairing {}: {}", shortened(pairingID), pairing.error().description);
+    co_return std::unexpected(CloseCode::internalError);
+  }
+  if (!*pairing || (*pairing)->revoked) co_return std::unexpected(CloseCode::unpaired);
+  co_return Verdict{};
+}
+
+RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer& agent, Frame frame) {
+  if (!isAgent(pairingID, agent)) co_return;
   const auto malformed = [&](const DecodingError& error) {
     log_.line("Unable to decode a frame of the agent of pairing {}: {}", shortened(pairingID), error.description);
   };
   const auto message = parsedJson(*frame);
-  if (!message) return malformed(message.error());
+  if (!message) co_return malformed(message.error());
   const auto type = relayMessageType(*message);
-  if (!type) return malformed(type.error());
+  if (!type) co_return malformed(type.error());
   if (*type == relay_type::macSnapshot) {
     const auto snapshot = MacSnapshotRelayMessage::decoded(*message);
-    if (!snapshot) return malformed(snapshot.error());
+    if (!snapshot) co_return malformed(snapshot.error());
     publishSnapshot(pairingID, frame);
   } else if (*type == relay_type::approvalResult) {
     const auto result = ApprovalResultRelayMessage::decoded(*message);
-    if (!result) return malformed(result.error());
+    if (!result) co_return malformed(result.error());
     room(pairingID).sendToPhones(frame);
   } else if (*type == relay_type::phoneUnpair) {
     const auto unpair = UnpairPhoneRelayMessage::decoded(*message);
-    if (!unpair) return malformed(unpair.error());
-    unpair->deviceID ? unpairDevice(pairingID, *unpair->deviceID) : revokePairing(pairingID);
+    if (!unpair) co_return malformed(unpair.error());
+    // What the owner asked for is done also when a newer agent has taken over by the time of its turn.
+    const auto turn = co_await turns_.take(pairingID);
+    if (unpair->deviceID) {
+      co_await unpairDevice(pairingID, *unpair->deviceID);
+    } else {
+      co_await revokePairing(pairingID);
+    }
+    discardWhenEmpty(pairingID);
   }
 }
 
 void RelayHub::agentLeft(const std::string& pairingID, const RelayPeer& agent) {
-  if (!room(pairingID).removeAgent(agent)) return discardWhenEmpty(pairingID);
-  log_.line("Agent of pairing {} disconnected.", shortened(pairingID));
+  if (room(pairingID).removeAgent(agent)) log_.line("Agent of pairing {} disconnected.", shortened(pairingID));
   discardWhenEmpty(pairingID);
 }
 
-RelayHub::Verdict RelayHub::phoneJoined(const PhoneHello& hello, RelayPeer& phone) {
-  if (closing_) return std::unexpected(CloseCode::goingAway);
-  if (const Verdict admitted = admitDevice(hello); !admitted) {
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneJoined(PhoneHello hello, RelayPeer& phone) {
+  const auto turn = co_await turns_.take(hello.pairingID);
+  if (closing_) co_return std::unexpected(CloseCode::goingAway);
+  if (const Verdict admitted = co_await admitDevice(hello); !admitted) {
     log_.line("Phone {} of pairing {} refused with {}.", shortened(hello.deviceID), shortened(hello.pairingID),
               static_cast<int>(admitted.error()));
-    return admitted;
+    co_return admitted;
+  }
+  co_await listDevices(hello.pairingID);
+  if (closing_) {
+    discardWhenEmpty(hello.pairingID);
+    co_return std::unexpected(CloseCode::goingAway);
   }
   room(hello.pairingID).addPhone(hello.deviceID, phone);
   log_.line("Phone {} of pairing {} connected.", shortened(hello.deviceID), shortened(hello.pairingID));
-  publishPhoneStatus(hello.pairingID);
-  return {};
+  room(hello.pairingID).publishPhoneStatus();
+  co_return Verdict{};
 }
 
-RelayHub::Verdict RelayHub::admitDevice(const PhoneHello& hello) {
-  if (const auto allowed = access_.check(hello.pairingID, hello.relaySecret); !allowed) {
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& hello) {
+  if (const auto allowed = co_await access_.check(hello.pairingID, hello.relaySecret); !allowed) {
     switch (allowed.error()) {
       case PairingAccess::Refusal::unauthorized:
-        return std::unexpected(CloseCode::unauthorized);
+        co_return std::unexpected(CloseCode::unauthorized);
       case PairingAccess::Refusal::revoked:
-        return std::unexpected(CloseCode::unpaired);
+        co_return std::unexpected(CloseCode::unpaired);
       case PairingAccess::Refusal::storageFailed:
-        return std::unexpected(CloseCode::internalError);
+        co_return std::unexpected(CloseCode::internalError);
     }
   }
-  const auto failed = [&](const DatabaseError& error) -> Verdict {
-    log_.line("Unable to admit phone {}: {}", shortened(hello.deviceID), error.description);
-    return std::unexpected(CloseCode::internalError);
-  };
-  const DeviceRecord wanted{.id = hello.deviceID, .name = hello.deviceName, .platform = hello.platform};
-  const auto known = database_.device(hello.pairingID, hello.deviceID);
-  if (!known) return failed(known.error());
-  if (*known && (*known)->unpaired) return std::unexpected(CloseCode::unpaired);
-  if (*known == wanted) return {};
-  if (!*known) {
-    const auto paired = database_.pairedDevices(hello.pairingID);
-    if (!paired) return failed(paired.error());
-    if (paired->size() >= limits_.phonesPerPairing) return std::unexpected(CloseCode::tooManyPhones);
+  DeviceRecord wanted{.id = hello.deviceID, .name = hello.deviceName, .platform = hello.platform};
+  const auto admission = co_await store_.admitDevice(hello.pairingID, std::move(wanted), limits_.phonesPerPairing);
+  if (!admission) {
+    log_.line("Unable to admit phone {}: {}", shortened(hello.deviceID), admission.error().description);
+    co_return std::unexpected(CloseCode::internalError);
   }
-  if (const auto saved = database_.saveDevice(hello.pairingID, wanted); !saved) return failed(saved.error());
-  return {};
+  switch (*admission) {
+    case PairingStore::Admission::paired:
+      co_return Verdict{};
+    case PairingStore::Admission::tooManyPhones:
+      co_return std::unexpected(CloseCode::tooManyPhones);
+    case PairingStore::Admission::unpaired:
+    case PairingStore::Admission::noPairing:
+      break;
+  }
+  co_return std::unexpected(CloseCode::unpaired);
 }
 
-RelayHub::Verdict RelayHub::phoneFrame(const PhoneAddress& from, RelayPeer& phone, const Frame& frame) {
-  if (!room(from.pairingID).isPhone(from.deviceID, phone)) return {};
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, RelayPeer& phone, Frame frame) {
+  if (!isPhone(from, phone)) co_return Verdict{};
   const auto malformed = [&](const DecodingError& error) -> Verdict {
     log_.line("Unable to decode a frame of phone {} of pairing {}: {}", shortened(from.deviceID),
               shortened(from.pairingID), error.description);
     return std::unexpected(CloseCode::malformed);
   };
   const auto message = parsedJson(*frame);
-  if (!message) return malformed(message.error());
+  if (!message) co_return malformed(message.error());
   const auto type = relayMessageType(*message);
-  if (!type) return malformed(type.error());
+  if (!type) co_return malformed(type.error());
   if (*type == relay_type::approvalRequest) {
     const auto request = ApprovalRequestRelayMessage::decoded(*message);
-    return request ? deliver(from, phone, frame, request->decisionID) : malformed(request.error());
-  }
-  if (*type == relay_type::approvalSuppress || *type == relay_type::approvalUnsuppress) {
+    if (!request) co_return malformed(request.error());
+    deliver(from, phone, frame, request->decisionID);
+  } else if (*type == relay_type::approvalSuppress || *type == relay_type::approvalUnsuppress) {
     const auto suppression = ApprovalSuppressionRelayMessage::decoded(*message);
-    return suppression ? deliver(from, phone, frame, suppression->decisionID) : malformed(suppression.error());
+    if (!suppression) co_return malformed(suppression.error());
+    deliver(from, phone, frame, suppression->decisionID);
+  } else if (*type == phoneLeave) {
+    co_return co_await forgetPhone(from, phone);
   }
-  if (*type == phoneLeave) return forgetPhone(from, phone);
-  return {};
+  co_return Verdict{};
 }
 
 void RelayHub::phoneLeft(const PhoneAddress& address, const RelayPeer& phone) {
   if (room(address.pairingID).removePhone(address.deviceID, phone)) {
     log_.line("Phone {} of pairing {} disconnected.", shortened(address.deviceID), shortened(address.pairingID));
-    publishPhoneStatus(address.pairingID);
+    room(address.pairingID).publishPhoneStatus();
   }
   discardWhenEmpty(address.pairingID);
 }
@@ -141,11 +167,23 @@ void RelayHub::discardWhenEmpty(const std::string& pairingID) {
   if (found != rooms_.end() && found->second.room.empty()) rooms_.erase(found);
 }
 
-void RelayHub::publishPhoneStatus(const std::string& pairingID) {
-  const auto devices = database_.pairedDevices(pairingID);
-  if (!devices)
-    return log_.line("Unable to list the phones of {}: {}", shortened(pairingID), devices.error().description);
-  room(pairingID).publishPhoneStatus(*devices);
+bool RelayHub::isAgent(const std::string& pairingID, const RelayPeer& peer) const {
+  const auto found = rooms_.find(pairingID);
+  return found != rooms_.end() && found->second.room.isAgent(peer);
+}
+
+bool RelayHub::isPhone(const PhoneAddress& address, const RelayPeer& peer) const {
+  const auto found = rooms_.find(address.pairingID);
+  return found != rooms_.end() && found->second.room.isPhone(address.deviceID, peer);
+}
+
+RelayHub::Eventually<void> RelayHub::listDevices(const std::string& pairingID) {
+  auto devices = co_await store_.pairedDevices(pairingID);
+  if (devices) {
+    room(pairingID).setPairedDevices(std::move(*devices));
+  } else {
+    log_.line("Unable to list the phones of {}: {}", shortened(pairingID), devices.error().description);
+  }
 }
 
 void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame) {
@@ -168,46 +206,49 @@ void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame)
   }
 }
 
-RelayHub::Verdict RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame,
-                                    std::string_view decisionID) {
-  if (room(from.pairingID).sendToAgent(frame)) return {};
+void RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, std::string_view decisionID) {
+  if (room(from.pairingID).sendToAgent(frame)) return;
   log_.line("A decision of phone {} found no agent of pairing {}.", shortened(from.deviceID),
             shortened(from.pairingID));
   phone.send(decisionUndeliverable(decisionID));
-  return {};
 }
 
-void RelayHub::unpairDevice(const std::string& pairingID, const std::string& deviceID) {
-  const auto unpaired = database_.unpairDevice(pairingID, deviceID);
+RelayHub::Eventually<void> RelayHub::unpairDevice(const std::string& pairingID, const std::string& deviceID) {
+  const auto unpaired = co_await store_.unpairDevice(pairingID, deviceID);
   if (!unpaired) {
     log_.line("Unable to unpair a phone of {}: {}", shortened(pairingID), unpaired.error().description);
   } else if (*unpaired) {
     room(pairingID).dismissPhone(deviceID);
     log_.line("Phone {} of pairing {} unpaired by its owner.", shortened(deviceID), shortened(pairingID));
   }
-  publishPhoneStatus(pairingID);
+  co_await listDevices(pairingID);
+  room(pairingID).publishPhoneStatus();
 }
 
-void RelayHub::revokePairing(const std::string& pairingID) {
-  if (const auto revoked = database_.revokePairing(pairingID); !revoked) {
-    return log_.line("Unable to revoke pairing {}: {}", shortened(pairingID), revoked.error().description);
+RelayHub::Eventually<void> RelayHub::revokePairing(const std::string& pairingID) {
+  if (const auto revoked = co_await store_.revokePairing(pairingID); !revoked) {
+    log_.line("Unable to revoke pairing {}: {}", shortened(pairingID), revoked.error().description);
+    co_return;
   }
   log_.line("Pairing {} revoked by its owner.", shortened(pairingID));
   snapshotBytes_ -= room(pairingID).snapshotBytes();
   room(pairingID).dismissAll();
-  discardWhenEmpty(pairingID);
 }
 
-RelayHub::Verdict RelayHub::forgetPhone(const PhoneAddress& from, RelayPeer& phone) {
-  if (const auto forgotten = database_.forgetDevice(from.pairingID, from.deviceID); !forgotten) {
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::forgetPhone(const PhoneAddress& from, RelayPeer& phone) {
+  const auto turn = co_await turns_.take(from.pairingID);
+  // Its owner may have unpaired it while it waited.
+  if (!isPhone(from, phone)) co_return Verdict{};
+  if (const auto forgotten = co_await store_.forgetDevice(from.pairingID, from.deviceID); !forgotten) {
     log_.line("Unable to forget phone {}: {}", shortened(from.deviceID), forgotten.error().description);
-    return std::unexpected(CloseCode::internalError);
+    co_return std::unexpected(CloseCode::internalError);
   }
   log_.line("Phone {} left pairing {}.", shortened(from.deviceID), shortened(from.pairingID));
   room(from.pairingID).removePhone(from.deviceID, phone);
   room(from.pairingID).dismissPhone(from.deviceID);
-  publishPhoneStatus(from.pairingID);
-  return std::unexpected(CloseCode::normal);
+  co_await listDevices(from.pairingID);
+  room(from.pairingID).publishPhoneStatus();
+  co_return std::unexpected(CloseCode::normal);
 }
 
 }  // namespace tallyfox::server

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <boost/asio/awaitable.hpp>
 #include <cstdint>
 #include <expected>
 #include <functional>
@@ -7,13 +8,14 @@
 #include <string>
 #include <string_view>
 
+#include "KeyedTurns.hpp"
 #include "PairingAccess.hpp"
 #include "PairingRoom.hpp"
 #include "PhoneHello.hpp"
-#include "RelayDatabase.hpp"
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayPeer.hpp"
+#include "storage/PairingStore.hpp"
 
 namespace tallyfox::server {
 
@@ -24,24 +26,28 @@ struct PhoneAddress {
 };
 
 /// All pairings: takes in sockets that proved who they are and routes their frames. Knows no sockets itself, for one
-/// thread. A failure of the database is logged and costs the one operation that needed it.
+/// thread. What asks the storage takes turns within its pairing, so that what is stored and who is in the room change
+/// together; frames in between flow on. A failure of the storage is logged and costs the one operation that needed it.
 class RelayHub {
  public:
   /// Nothing, or the code with which the caller closes the peer.
   using Verdict = std::expected<void, CloseCode>;
+  template <typename Value>
+  using Eventually = boost::asio::awaitable<Value>;
 
-  RelayHub(RelayDatabase& database, RelayLog& log, const RelayLimits& limits)
-      : database_(database), log_(log), limits_(limits), access_(database, log) {}
+  RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits)
+      : store_(store), log_(log), limits_(limits), access_(store, log) {}
 
   [[nodiscard]] PairingAccess& access() { return access_; }
 
-  /// After a join the peer must leave before it dies; after a refusal it must not.
-  [[nodiscard]] Verdict agentJoined(const std::string& pairingID, RelayPeer& agent);
-  void agentFrame(const std::string& pairingID, RelayPeer& agent, const Frame& frame);
+  /// Peers, and what else is passed by reference, must live until the call has ended. After a join the peer must leave
+  /// before it dies; after a refusal it must not.
+  [[nodiscard]] Eventually<Verdict> agentJoined(std::string pairingID, RelayPeer& agent);
+  [[nodiscard]] Eventually<void> agentFrame(std::string pairingID, RelayPeer& agent, Frame frame);
   void agentLeft(const std::string& pairingID, const RelayPeer& agent);
 
-  [[nodiscard]] Verdict phoneJoined(const PhoneHello& hello, RelayPeer& phone);
-  [[nodiscard]] Verdict phoneFrame(const PhoneAddress& from, RelayPeer& phone, const Frame& frame);
+  [[nodiscard]] Eventually<Verdict> phoneJoined(PhoneHello hello, RelayPeer& phone);
+  [[nodiscard]] Eventually<Verdict> phoneFrame(PhoneAddress from, RelayPeer& phone, Frame frame);
   void phoneLeft(const PhoneAddress& address, const RelayPeer& phone);
 
   /// Closes every socket with 1001 and refuses new ones so.
@@ -55,20 +61,24 @@ class RelayHub {
   using Rooms = std::map<std::string, Occupied, std::less<>>;
 
   PairingRoom& room(const std::string& pairingID) { return rooms_[pairingID].room; }
+  [[nodiscard]] bool isAgent(const std::string& pairingID, const RelayPeer& peer) const;
+  [[nodiscard]] bool isPhone(const PhoneAddress& address, const RelayPeer& peer) const;
   void discardWhenEmpty(const std::string& pairingID);
-  [[nodiscard]] Verdict admitDevice(const PhoneHello& hello);
-  void publishPhoneStatus(const std::string& pairingID);
+  [[nodiscard]] Eventually<Verdict> admitAgent(const std::string& pairingID);
+  [[nodiscard]] Eventually<Verdict> admitDevice(const PhoneHello& hello);
+  /// Asks the storage which phones are paired; their last list stays when it fails.
+  [[nodiscard]] Eventually<void> listDevices(const std::string& pairingID);
   void publishSnapshot(const std::string& pairingID, const Frame& frame);
-  [[nodiscard]] Verdict deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame,
-                                std::string_view decisionID);
-  void unpairDevice(const std::string& pairingID, const std::string& deviceID);
-  void revokePairing(const std::string& pairingID);
-  [[nodiscard]] Verdict forgetPhone(const PhoneAddress& from, RelayPeer& phone);
+  void deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, std::string_view decisionID);
+  [[nodiscard]] Eventually<void> unpairDevice(const std::string& pairingID, const std::string& deviceID);
+  [[nodiscard]] Eventually<void> revokePairing(const std::string& pairingID);
+  [[nodiscard]] Eventually<Verdict> forgetPhone(const PhoneAddress& from, RelayPeer& phone);
 
-  RelayDatabase& database_;
+  PairingStore& store_;
   RelayLog& log_;
   const RelayLimits& limits_;
   PairingAccess access_;
+  KeyedTurns turns_;
   Rooms rooms_;
   std::size_t snapshotBytes_ = 0;
   std::uint64_t snapshotCount_ = 0;

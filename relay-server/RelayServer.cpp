@@ -12,6 +12,8 @@
 #include <utility>
 
 #include "HttpSession.hpp"
+#include "storage/RelayDatabase.hpp"
+#include "storage/SqlitePairingStore.hpp"
 
 namespace tallyfox::server {
 namespace {
@@ -31,12 +33,12 @@ std::string textOf(const tcp::endpoint& endpoint) {
 
 }  // namespace
 
-RelayServer::RelayServer(RelayDatabase database, std::optional<PageFiles> page, const RelayOptions& options,
-                         const RelayLimits& limits, Console& console)
+RelayServer::RelayServer(std::unique_ptr<PairingStore> store, std::optional<PageFiles> page,
+                         const RelayOptions& options, const RelayLimits& limits, Console& console)
     : limits_(limits),
       log_(console),
-      database_(std::move(database)),
-      hub_(database_, log_, limits_),
+      store_(std::move(store)),
+      hub_(*store_, log_, limits_),
       page_(std::move(page)),
       unauthenticated_(limits.unauthenticatedConnections),
       clientLimits_(limits_, options.trustedProxies) {}
@@ -57,7 +59,8 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   }
   auto database = RelayDatabase::open(options.dataDirectory);
   if (!database) return std::unexpected(fmt::format("Unable to open the database: {}", database.error().description));
-  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*database), std::move(page), options, limits, console));
+  auto store = std::make_unique<SqlitePairingStore>(std::move(*database));
+  std::unique_ptr<RelayServer> server(new RelayServer(std::move(store), std::move(page), options, limits, console));
   error = server->listen(endpoint);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
   return server;

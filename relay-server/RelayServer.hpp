@@ -10,13 +10,13 @@
 #include <string>
 
 #include "ClientLimits.hpp"
-#include "RelayDatabase.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayOptions.hpp"
 #include "UnauthenticatedConnections.hpp"
 #include "page/PageFiles.hpp"
+#include "storage/PairingStore.hpp"
 
 namespace tallyfox::server {
 
@@ -40,7 +40,7 @@ class RelayServer {
   void stop();
 
  private:
-  RelayServer(RelayDatabase database, std::optional<PageFiles> page, const RelayOptions& options,
+  RelayServer(std::unique_ptr<PairingStore> store, std::optional<PageFiles> page, const RelayOptions& options,
               const RelayLimits& limits, Console& console);
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
@@ -49,7 +49,7 @@ class RelayServer {
 
   RelayLimits limits_;
   RelayLog log_;
-  RelayDatabase database_;
+  std::unique_ptr<PairingStore> store_;
   RelayHub hub_;
   std::optional<PageFiles> page_;
   UnauthenticatedConnections unauthenticated_;

@@ -10,6 +10,7 @@
 namespace tallyfox::server {
 namespace {
 
+using testing::awaited;
 namespace http = boost::beast::http;
 constexpr const char* goodBody = R"({"client":"mac","version":1})";
 
@@ -20,7 +21,7 @@ class HttpRoutesTest : public ::testing::Test {
     HttpRequest request(method, target, 11);
     if (!authorization.empty()) request.set(http::field::authorization, authorization);
     request.body() = body;
-    return routes.answer(request);
+    return awaited(routes.answer(request));
   }
   HttpStatus put(const std::string& pairingID, const std::string& authorization, const std::string& body = goodBody) {
     return answer(http::verb::put, "/api/pairings/" + pairingID + "/relay-token", authorization, body).result();
@@ -33,8 +34,8 @@ class HttpRoutesTest : public ::testing::Test {
   testing::TemporaryDirectory directory;
   testing::RecordedConsole console;
   RelayLog log{console};
-  RelayDatabase database = testing::openedDatabase(directory.path());
-  PairingAccess access{database, log};
+  SqlitePairingStore store = testing::openedStore(directory.path());
+  PairingAccess access{store, log};
   HttpRoutes routes{access};
 };
 
@@ -53,7 +54,7 @@ TEST_F(HttpRoutesTest, refusesAMissingOrOtherToken) {
 
 TEST_F(HttpRoutesTest, saysGoneForARevokedPairing) {
   ASSERT_EQ(put("P1", "Bearer token"), HttpStatus::no_content);
-  ASSERT_TRUE(database.revokePairing("P1"));
+  ASSERT_TRUE(awaited(store.revokePairing("P1")));
   EXPECT_EQ(put("P1", "Bearer token"), HttpStatus::gone);
 }
 
@@ -70,18 +71,18 @@ TEST_F(HttpRoutesTest, refusesBadBodiesAndStoresNothing) {
                            R"({"client":"phone","version":1})", R"({"client":1,"version":1})"}) {
     EXPECT_EQ(put("P1", "Bearer token", body), HttpStatus::bad_request) << body;
   }
-  EXPECT_EQ(database.pairing("P1").value(), std::nullopt);
+  EXPECT_EQ(awaited(store.pairing("P1")).value(), std::nullopt);
 }
 
 TEST_F(HttpRoutesTest, tellsHowAPairingStandsWithoutRegisteringIt) {
   EXPECT_EQ(get("P1", "Bearer token"), HttpStatus::unauthorized) << "not registered";
-  EXPECT_EQ(database.pairing("P1").value(), std::nullopt) << "and still not";
+  EXPECT_EQ(awaited(store.pairing("P1")).value(), std::nullopt) << "and still not";
   ASSERT_EQ(put("P1", "Bearer token"), HttpStatus::no_content);
   EXPECT_EQ(get("P1", "Bearer token"), HttpStatus::no_content);
   EXPECT_EQ(get("P1", "Bearer other"), HttpStatus::unauthorized);
   EXPECT_EQ(get("P1", ""), HttpStatus::unauthorized);
   EXPECT_EQ(get("a.b", "Bearer token"), HttpStatus::bad_request);
-  ASSERT_TRUE(database.revokePairing("P1"));
+  ASSERT_TRUE(awaited(store.revokePairing("P1")));
   EXPECT_EQ(get("P1", "Bearer token"), HttpStatus::gone);
   EXPECT_EQ(get("P1", "Bearer other"), HttpStatus::unauthorized) << "who does not know the token learns nothing";
 }

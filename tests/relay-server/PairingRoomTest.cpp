@@ -108,13 +108,16 @@ TEST(PairingRoom, tellsTheAgentOfItsPhonesOnlyWhenSomethingChanged) {
   PairingRoom room;
   RecordedPeer agent, phone;
   const std::vector<DeviceRecord> devices{{.id = "D1", .name = "One", .platform = "cli"}, {.id = "D2", .name = "Two"}};
-  room.publishPhoneStatus(devices);
+  room.publishPhoneStatus();
   room.setAgent(agent);
-  room.publishPhoneStatus(devices);
-  room.publishPhoneStatus(devices);
+  room.publishPhoneStatus();
+  EXPECT_THAT(agent.frames, IsEmpty());
+  room.setPairedDevices(devices);
+  room.publishPhoneStatus();
+  room.publishPhoneStatus();
   ASSERT_EQ(agent.frames.size(), 1U);
   room.addPhone("D2", phone);
-  room.publishPhoneStatus(devices);
+  room.publishPhoneStatus();
   ASSERT_EQ(agent.frames.size(), 2U);
 
   const auto statusOf = [](const std::string& text) {
@@ -134,9 +137,10 @@ TEST(PairingRoom, aNewAgentIsToldThePhoneStatusAgain) {
   PairingRoom room;
   RecordedPeer older, newer;
   room.setAgent(older);
-  room.publishPhoneStatus({});
+  room.setPairedDevices({});
+  room.publishPhoneStatus();
   room.setAgent(newer);
-  room.publishPhoneStatus({});
+  room.publishPhoneStatus();
   EXPECT_EQ(older.frames, newer.frames);
   EXPECT_EQ(newer.frames.size(), 1U);
 }

@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "RelayDatabase.hpp"
+#include "Awaited.hpp"
 #include "RelayPeer.hpp"
 #include "base/Console.hpp"
+#include "storage/RelayDatabase.hpp"
+#include "storage/SqlitePairingStore.hpp"
 
 namespace tallyfox::server::testing {
 
@@ -57,6 +59,10 @@ inline RelayDatabase openedDatabase(const std::filesystem::path& directory) {
   auto database = RelayDatabase::open(directory);
   if (!database) throw std::runtime_error(database.error().description);
   return std::move(*database);
+}
+
+inline SqlitePairingStore openedStore(const std::filesystem::path& directory) {
+  return SqlitePairingStore(openedDatabase(directory));
 }
 
 /// Messages as agent and phones send them; the sealed parts are opaque to the relay.

@@ -1,6 +1,6 @@
 // What the relay remembers: it survives reopening, is readable by its user alone, and a database that cannot be used is
 // refused with a reason.
-#include "RelayDatabase.hpp"
+#include "storage/RelayDatabase.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 
 #include "Recorders.hpp"
 #include "TemporaryDirectory.hpp"
+#include "storage/Sqlite.hpp"
 
 namespace tallyfox::server {
 namespace {

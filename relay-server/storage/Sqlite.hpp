@@ -10,19 +10,13 @@
 #include <utility>
 #include <variant>
 
+#include "StorageError.hpp"
 #include "base/Bytes.hpp"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace tallyfox::server {
-
-struct DatabaseError {
-  std::string description;  ///< the library's own words; never a stored value
-  bool operator==(const DatabaseError&) const = default;
-};
-template <typename Value>
-using DatabaseResult = std::expected<Value, DatabaseError>;
 
 /// One parameter of a statement; views need to live until the cursor is gone.
 using SqliteValue = std::variant<std::nullptr_t, std::int64_t, std::string_view, ByteView>;
@@ -36,7 +30,7 @@ class SqliteCursor {
   ~SqliteCursor();
 
   /// True while there is a row to read; columns count from 0.
-  [[nodiscard]] DatabaseResult<bool> next();
+  [[nodiscard]] StorageResult<bool> next();
   [[nodiscard]] std::int64_t integer(int column) const;
   [[nodiscard]] std::string text(int column) const;
   [[nodiscard]] std::optional<std::string> optionalText(int column) const;
@@ -50,9 +44,9 @@ class SqliteCursor {
 class SqliteStatement {
  public:
   /// Binds the values to ?1, ?2 ... and is ready for the first row.
-  [[nodiscard]] DatabaseResult<SqliteCursor> start(std::initializer_list<SqliteValue> values);
+  [[nodiscard]] StorageResult<SqliteCursor> start(std::initializer_list<SqliteValue> values);
   /// For statements without rows: runs to the end and gives the number of rows changed.
-  [[nodiscard]] DatabaseResult<int> run(std::initializer_list<SqliteValue> values);
+  [[nodiscard]] StorageResult<int> run(std::initializer_list<SqliteValue> values);
 
  private:
   friend class SqliteConnection;
@@ -66,12 +60,12 @@ class SqliteStatement {
 /// An open database, for one thread. Statements must be gone before it.
 class SqliteConnection {
  public:
-  [[nodiscard]] static DatabaseResult<SqliteConnection> open(const std::string& path);
-  [[nodiscard]] DatabaseResult<SqliteStatement> prepare(std::string_view sql);
+  [[nodiscard]] static StorageResult<SqliteConnection> open(const std::string& path);
+  [[nodiscard]] StorageResult<SqliteStatement> prepare(std::string_view sql);
   /// Runs one or more statements without parameters; rows are thrown away.
-  [[nodiscard]] DatabaseResult<void> execute(const std::string& sql);
+  [[nodiscard]] StorageResult<void> execute(const std::string& sql);
   /// The first column of the first row of a statement that has one.
-  [[nodiscard]] DatabaseResult<std::string> single(std::string_view sql);
+  [[nodiscard]] StorageResult<std::string> single(std::string_view sql);
 
  private:
   struct Closer {

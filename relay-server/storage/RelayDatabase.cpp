@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "Sqlite.hpp"
+
 namespace tallyfox::server {
 namespace {
 
@@ -39,16 +41,16 @@ constexpr const char* schema = R"sql(
   COMMIT;
 )sql";
 
-std::unexpected<DatabaseError> systemFailure(std::string_view what, const std::filesystem::path& path) {
-  return std::unexpected(DatabaseError{fmt::format("{} {}: {}", what, path.string(), std::strerror(errno))});
+std::unexpected<StorageError> systemFailure(std::string_view what, const std::filesystem::path& path) {
+  return std::unexpected(StorageError{fmt::format("{} {}: {}", what, path.string(), std::strerror(errno))});
 }
 
-DatabaseResult<void> prepareFiles(const std::filesystem::path& directory, const std::filesystem::path& file) {
+StorageResult<void> prepareFiles(const std::filesystem::path& directory, const std::filesystem::path& file) {
   if (directory.has_parent_path()) {
     std::error_code error;
     std::filesystem::create_directories(directory.parent_path(), error);
     if (error) {
-      return std::unexpected(DatabaseError{fmt::format("cannot create {}: {}", directory.string(), error.message())});
+      return std::unexpected(StorageError{fmt::format("cannot create {}: {}", directory.string(), error.message())});
     }
   }
   if (::mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) return systemFailure("cannot create", directory);
@@ -61,7 +63,7 @@ DatabaseResult<void> prepareFiles(const std::filesystem::path& directory, const 
   return {};
 }
 
-DatabaseResult<void> configure(SqliteConnection& connection) {
+StorageResult<void> configure(SqliteConnection& connection) {
   // Exclusive: two relays on one directory would each miss what the other one routes.
   const auto set = connection.execute(
       "PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA foreign_keys = "
@@ -69,12 +71,12 @@ DatabaseResult<void> configure(SqliteConnection& connection) {
   if (!set) return set;
   const auto verdict = connection.single("PRAGMA quick_check(1)");
   if (!verdict) return std::unexpected(verdict.error());
-  if (*verdict != "ok") return std::unexpected(DatabaseError{"the database is damaged: " + *verdict});
+  if (*verdict != "ok") return std::unexpected(StorageError{"the database is damaged: " + *verdict});
   const auto version = connection.single("PRAGMA user_version");
   if (!version) return std::unexpected(version.error());
   if (*version == "0") return connection.execute(schema);
   if (*version == schemaVersion) return {};
-  return std::unexpected(DatabaseError{"the database has the unknown layout " + *version});
+  return std::unexpected(StorageError{"the database has the unknown layout " + *version});
 }
 
 PairingRecord pairingRecord(const SqliteCursor& row) {
@@ -90,8 +92,8 @@ DeviceRecord deviceRecord(const SqliteCursor& row) {
 
 /// All rows of one run of the statement.
 template <typename Record>
-DatabaseResult<std::vector<Record>> records(SqliteStatement& statement, std::initializer_list<SqliteValue> values,
-                                            Record (*read)(const SqliteCursor&)) {
+StorageResult<std::vector<Record>> records(SqliteStatement& statement, std::initializer_list<SqliteValue> values,
+                                           Record (*read)(const SqliteCursor&)) {
   auto cursor = statement.start(values);
   if (!cursor) return std::unexpected(cursor.error());
   std::vector<Record> result;
@@ -105,8 +107,8 @@ DatabaseResult<std::vector<Record>> records(SqliteStatement& statement, std::ini
 
 /// The first row of one run of the statement, if any.
 template <typename Record>
-DatabaseResult<std::optional<Record>> record(SqliteStatement& statement, std::initializer_list<SqliteValue> values,
-                                             Record (*read)(const SqliteCursor&)) {
+StorageResult<std::optional<Record>> record(SqliteStatement& statement, std::initializer_list<SqliteValue> values,
+                                            Record (*read)(const SqliteCursor&)) {
   auto cursor = statement.start(values);
   if (!cursor) return std::unexpected(cursor.error());
   const auto row = cursor->next();
@@ -114,7 +116,7 @@ DatabaseResult<std::optional<Record>> record(SqliteStatement& statement, std::in
   return *row ? std::optional(read(*cursor)) : std::nullopt;
 }
 
-DatabaseResult<void> done(const DatabaseResult<int>& run) {
+StorageResult<void> done(const StorageResult<int>& run) {
   if (!run) return std::unexpected(run.error());
   return {};
 }
@@ -134,10 +136,10 @@ struct RelayDatabase::State {
   SqliteStatement unpairDevice;
   SqliteStatement forgetDevice;
 
-  static DatabaseResult<std::unique_ptr<State>> make(SqliteConnection connection);
+  static StorageResult<std::unique_ptr<State>> make(SqliteConnection connection);
 };
 
-DatabaseResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make(SqliteConnection connection) {
+StorageResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make(SqliteConnection connection) {
   std::vector<SqliteStatement> statements;
   for (const std::string_view sql : {
            "SELECT id, token_hash, revoked FROM pairings WHERE id = ?1",
@@ -170,34 +172,34 @@ RelayDatabase::RelayDatabase(RelayDatabase&&) noexcept = default;
 RelayDatabase& RelayDatabase::operator=(RelayDatabase&&) noexcept = default;
 RelayDatabase::~RelayDatabase() = default;
 
-DatabaseResult<RelayDatabase> RelayDatabase::open(const std::filesystem::path& directory) {
+StorageResult<RelayDatabase> RelayDatabase::open(const std::filesystem::path& directory) {
   const std::filesystem::path file = directory / "relay.sqlite";
   if (const auto prepared = prepareFiles(directory, file); !prepared) return std::unexpected(prepared.error());
   auto connection = SqliteConnection::open(file.string());
   if (!connection) return std::unexpected(connection.error());
   if (const auto configured = configure(*connection); !configured) {
-    return std::unexpected(DatabaseError{fmt::format("{}: {}", file.string(), configured.error().description)});
+    return std::unexpected(StorageError{fmt::format("{}: {}", file.string(), configured.error().description)});
   }
   auto state = State::make(std::move(*connection));
   if (!state) return std::unexpected(state.error());
   return RelayDatabase(std::move(*state));
 }
 
-DatabaseResult<std::optional<PairingRecord>> RelayDatabase::pairing(std::string_view id) {
+StorageResult<std::optional<PairingRecord>> RelayDatabase::pairing(std::string_view id) {
   return record(state_->pairing, {id}, pairingRecord);
 }
 
-DatabaseResult<std::optional<PairingRecord>> RelayDatabase::pairingOfToken(const Sha256Digest& tokenHash) {
+StorageResult<std::optional<PairingRecord>> RelayDatabase::pairingOfToken(const Sha256Digest& tokenHash) {
   return record(state_->pairingOfToken, {ByteView(tokenHash)}, pairingRecord);
 }
 
-DatabaseResult<void> RelayDatabase::registerPairing(std::string_view id, const Sha256Digest& tokenHash) {
+StorageResult<void> RelayDatabase::registerPairing(std::string_view id, const Sha256Digest& tokenHash) {
   return done(state_->registerPairing.run({id, ByteView(tokenHash)}));
 }
 
-DatabaseResult<void> RelayDatabase::revokePairing(std::string_view id) {
+StorageResult<void> RelayDatabase::revokePairing(std::string_view id) {
   if (auto begun = state_->connection.execute("BEGIN IMMEDIATE"); !begun) return begun;
-  DatabaseResult<void> outcome = done(state_->revokePairing.run({id}));
+  StorageResult<void> outcome = done(state_->revokePairing.run({id}));
   if (outcome) outcome = done(state_->forgetDevices.run({id}));
   if (outcome) outcome = state_->connection.execute("COMMIT");
   // Some failures have rolled back already; the one that counts is reported either way.
@@ -205,26 +207,26 @@ DatabaseResult<void> RelayDatabase::revokePairing(std::string_view id) {
   return outcome;
 }
 
-DatabaseResult<std::vector<DeviceRecord>> RelayDatabase::pairedDevices(std::string_view pairingID) {
+StorageResult<std::vector<DeviceRecord>> RelayDatabase::pairedDevices(std::string_view pairingID) {
   return records(state_->pairedDevices, {pairingID}, deviceRecord);
 }
 
-DatabaseResult<std::optional<DeviceRecord>> RelayDatabase::device(std::string_view pairingID, std::string_view id) {
+StorageResult<std::optional<DeviceRecord>> RelayDatabase::device(std::string_view pairingID, std::string_view id) {
   return record(state_->device, {pairingID, id}, deviceRecord);
 }
 
-DatabaseResult<void> RelayDatabase::saveDevice(std::string_view pairingID, const DeviceRecord& device) {
+StorageResult<void> RelayDatabase::saveDevice(std::string_view pairingID, const DeviceRecord& device) {
   const SqliteValue platform = device.platform ? SqliteValue(std::string_view(*device.platform)) : SqliteValue(nullptr);
   return done(state_->saveDevice.run({pairingID, device.id, device.name, platform}));
 }
 
-DatabaseResult<bool> RelayDatabase::unpairDevice(std::string_view pairingID, std::string_view id) {
+StorageResult<bool> RelayDatabase::unpairDevice(std::string_view pairingID, std::string_view id) {
   const auto changed = state_->unpairDevice.run({pairingID, id});
   if (!changed) return std::unexpected(changed.error());
   return *changed > 0;
 }
 
-DatabaseResult<void> RelayDatabase::forgetDevice(std::string_view pairingID, std::string_view id) {
+StorageResult<void> RelayDatabase::forgetDevice(std::string_view pairingID, std::string_view id) {
   return done(state_->forgetDevice.run({pairingID, id}));
 }
 

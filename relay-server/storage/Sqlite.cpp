@@ -7,10 +7,10 @@
 namespace tallyfox::server {
 namespace {
 
-DatabaseError lastError(sqlite3* database) {
+StorageError lastError(sqlite3* database) {
   return {sqlite3_errmsg(database)};
 }
-DatabaseError lastError(sqlite3_stmt* statement) {
+StorageError lastError(sqlite3_stmt* statement) {
   return lastError(sqlite3_db_handle(statement));
 }
 
@@ -33,7 +33,7 @@ SqliteCursor::~SqliteCursor() {
   sqlite3_clear_bindings(statement_);
 }
 
-DatabaseResult<bool> SqliteCursor::next() {
+StorageResult<bool> SqliteCursor::next() {
   switch (sqlite3_step(statement_)) {
     case SQLITE_ROW:
       return true;
@@ -65,7 +65,7 @@ Bytes SqliteCursor::blob(int column) const {
   return {bytes, bytes + sqlite3_column_bytes(statement_, column)};
 }
 
-DatabaseResult<SqliteCursor> SqliteStatement::start(std::initializer_list<SqliteValue> values) {
+StorageResult<SqliteCursor> SqliteStatement::start(std::initializer_list<SqliteValue> values) {
   SqliteCursor cursor(statement_.get());
   int index = 0;
   for (const SqliteValue& value : values) {
@@ -74,7 +74,7 @@ DatabaseResult<SqliteCursor> SqliteStatement::start(std::initializer_list<Sqlite
   return cursor;
 }
 
-DatabaseResult<int> SqliteStatement::run(std::initializer_list<SqliteValue> values) {
+StorageResult<int> SqliteStatement::run(std::initializer_list<SqliteValue> values) {
   auto cursor = start(values);
   if (!cursor) return std::unexpected(cursor.error());
   if (const auto row = cursor->next(); !row) return std::unexpected(row.error());
@@ -89,16 +89,16 @@ void SqliteConnection::Closer::operator()(sqlite3* database) const {
   sqlite3_close(database);
 }
 
-DatabaseResult<SqliteConnection> SqliteConnection::open(const std::string& path) {
+StorageResult<SqliteConnection> SqliteConnection::open(const std::string& path) {
   sqlite3* database = nullptr;
   const int status = sqlite3_open_v2(path.c_str(), &database,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   SqliteConnection connection(database);
-  if (status != SQLITE_OK) return std::unexpected(DatabaseError{sqlite3_errstr(status)});
+  if (status != SQLITE_OK) return std::unexpected(StorageError{sqlite3_errstr(status)});
   return connection;
 }
 
-DatabaseResult<SqliteStatement> SqliteConnection::prepare(std::string_view sql) {
+StorageResult<SqliteStatement> SqliteConnection::prepare(std::string_view sql) {
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v3(database_.get(), sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
                          &statement, nullptr) != SQLITE_OK) {
@@ -107,14 +107,14 @@ DatabaseResult<SqliteStatement> SqliteConnection::prepare(std::string_view sql) 
   return SqliteStatement(statement);
 }
 
-DatabaseResult<void> SqliteConnection::execute(const std::string& sql) {
+StorageResult<void> SqliteConnection::execute(const std::string& sql) {
   if (sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
     return std::unexpected(lastError(database_.get()));
   }
   return {};
 }
 
-DatabaseResult<std::string> SqliteConnection::single(std::string_view sql) {
+StorageResult<std::string> SqliteConnection::single(std::string_view sql) {
   auto statement = prepare(sql);
   if (!statement) return std::unexpected(statement.error());
   auto cursor = statement->start({});
