@@ -194,10 +194,11 @@ export class Phone {
     if (greeting) computer.send(greeting);
     if (this.attempt.kind !== 'connecting' || this.attempt.computer !== computer) return;
     this.attempt = { kind: 'none' };
-    this.list.filter((other) => other.id === computer.id).forEach((other) => other.stop());
-    this.list = [...this.list.filter((other) => other.id !== computer.id), computer].sort(
-      (one, other) => one.record.pairedAt - other.record.pairedAt,
-    );
+    const former = this.list.find((other) => other.id === computer.id);
+    former?.stop();
+    this.list = former
+      ? this.list.map((other) => (other === former ? computer : other))
+      : [...this.list, computer];
     this.events.onEvent({ kind: 'paired', name: computer.name });
     this.events.onChange();
     await this.ports.vault.savePairing(computer.record);
