@@ -11,10 +11,12 @@ import processes
 
 
 class Relay:
-    """The relay program; keeps its port and its data when it is killed and started again."""
+    """The relay program; keeps its port and its data when it is killed and started again. `page` is the folder of the
+    phone page, if it is to serve one."""
 
-    def __init__(self, programs, desktop, data):
-        self._command = [str(programs / "tallyfox-relay"), "--data", str(data), "--listen"]
+    def __init__(self, programs, desktop, data, page=None):
+        self._command = [str(programs / "tallyfox-relay"), "--data", str(data),
+                         *(["--page", str(page)] if page else []), "--listen"]
         self._desktop = desktop
         self.port = 0
         self.start()
@@ -35,11 +37,11 @@ class Relay:
 class Agent:
     """The agent, installed below HOME as a user would have it; its secrets outlive a restart."""
 
-    def __init__(self, desktop, relay):
+    def __init__(self, desktop, relay, pairing_id="demo"):
         self.home = desktop.home
         self._program = str(desktop.home / ".local/bin/tallyfox")
         self._environment = dict(desktop.environment, TALLYFOX_RELAY_URL=f"ws://127.0.0.1:{relay.port}/agent",
-                                 TALLYFOX_PAIRING_ID="demo")
+                                 TALLYFOX_PAIRING_ID=pairing_id)
         self._log = desktop.logs / "agent.log"
         self._desktop = desktop
         self.start()

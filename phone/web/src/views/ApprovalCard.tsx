@@ -33,13 +33,12 @@ export function ApprovalCard({ computer, card }: Props) {
       data-phase={phase.kind}
     >
       <header class="card-head">
-        <h3 id={headingID} dir="auto">
+        <h3 id={headingID} dir="auto" aria-label={heading}>
           {approval.windowTitle === '' ? (
             heading
           ) : (
             <>
               <span class="app">{approval.appName}</span>
-              <span class="unseen">: </span>
               <span class="title">{approval.windowTitle}</span>
             </>
           )}

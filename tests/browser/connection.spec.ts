@@ -1,0 +1,48 @@
+import { expect, test } from './support/fixtures.ts';
+
+test.beforeEach(async ({ computer, phone }) => {
+  await phone.pairByPaste(await computer.code());
+});
+
+test('without its agent the computer is offline at once, and nothing can be pressed until it is back', async ({
+  computer,
+  phone,
+}) => {
+  const dialog = await computer.askForAccess('Mail');
+  const card = phone.card('Mail');
+  await expect(card).toBeVisible();
+  await computer.stopAgent();
+  await expect(phone.computer()).toContainText('Computer offline');
+  await expect(phone.computer()).toContainText('may be out of date');
+  await computer.startAgent();
+  await expect(phone.computer()).toContainText('Connected');
+  // To a new agent it is another question, which comes below.
+  await expect(card).toHaveCount(2);
+  await phone.answer(card.last(), 'Allow');
+  expect(await dialog.ended()).toBe(0);
+});
+
+test('a relay that dies and comes back is found again', async ({ computer, phone, world }) => {
+  phone.watch.expect(/WebSocket connection to .* failed/);
+  const dialog = await computer.askForAccess('Mail');
+  const card = phone.card('Mail');
+  await expect(card).toBeVisible();
+  await world.stopRelay();
+  await expect(phone.computer()).toContainText('No connection, trying again');
+  await world.startRelay();
+  await expect(phone.computer()).toContainText('Connected', { timeout: 30_000 });
+  await phone.answer(card, 'Allow');
+  await expect(card).toContainText('Done: “Allow” was pressed.');
+  expect(await dialog.ended()).toBe(0);
+});
+
+test('without a network the page still opens, and says that it has no connection', async ({ computer, phone }) => {
+  phone.watch.expect(/ERR_INTERNET_DISCONNECTED|WebSocket connection to .* failed/);
+  await computer.status();
+  await phone.untilInstalled();
+  await phone.page.context().setOffline(true);
+  await phone.page.reload();
+  await expect(phone.computer()).toContainText('No connection, trying again');
+  await phone.page.context().setOffline(false);
+  await expect(phone.computer()).toContainText('Connected', { timeout: 30_000 });
+});
