@@ -45,6 +45,7 @@ void setDate(http::fields& fields) {
 HttpSession::HttpSession(asio::ip::tcp::socket socket, Dependencies dependencies)
     : peer_(peerOf(socket)),
       stream_(std::move(socket)),
+      deadline_(stream_.get_executor()),
       buffer_(dependencies.limits.headerBytes + dependencies.limits.bodyBytes),
       dependencies_(dependencies) {}
 
@@ -52,9 +53,21 @@ asio::awaitable<void> HttpSession::run() {
   if (const auto wait = dependencies_.clientLimits.connectionRefusal(peer_, Clock::now())) {
     co_return co_await refusePolitely(*wait);
   }
+  requestBy_ = Clock::now() + dependencies_.limits.requestTime;
   endsAt_ = Clock::now() + dependencies_.limits.pageTime;
+  if (dependencies_.tls != nullptr && !co_await handshaken()) co_return;
   while (co_await serveRequest()) {
   }
+}
+
+asio::awaitable<bool> HttpSession::handshaken() {
+  const auto place = admitted();
+  if (turnedAway_ || stream_.encrypt(*dependencies_.tls)) co_return false;
+  endAt(requestBy_);
+  const auto [error, nothing] = co_await stream_.async_handshake(resultOf);
+  // The client is to see why, if it has been told.
+  if (error && !turnedAway_) co_await linger();
+  co_return !error;
 }
 
 asio::awaitable<bool> HttpSession::serveRequest() {
@@ -86,7 +99,7 @@ asio::awaitable<bool> HttpSession::serveRequest() {
 asio::awaitable<bool> HttpSession::answer(const HttpRequest& request) {
   ++requests_;
   if (dependencies_.page != nullptr) {
-    if (auto response = PageRoutes(*dependencies_.page, false).answer(request)) {
+    if (auto response = PageRoutes(*dependencies_.page, dependencies_.tls != nullptr).answer(request)) {
       co_return co_await respondPage(std::move(*response), request.keep_alive());
     }
   }
@@ -106,11 +119,7 @@ std::unique_ptr<UnauthenticatedConnections::Ticket> HttpSession::admitted() {
 asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
   const auto place = admitted();
   if (turnedAway_) co_return Refused{.error = asio::error::operation_aborted};
-  if (requests_ == 0) {
-    stream_.expires_after(dependencies_.limits.requestTime);
-  } else {
-    stream_.expires_at(std::min(Clock::now() + dependencies_.limits.keepAliveTime, endsAt_));
-  }
+  endAt(requestBy_);
   const auto [headerError, headerBytes] = co_await http::async_read_header(stream_, buffer_, parser, resultOf);
   if (headerError) co_return Refused{.error = headerError};
   if (const auto wait = dependencies_.clientLimits.requestRefusal(peer_, parser.get(), Clock::now())) {
@@ -148,7 +157,7 @@ asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
 
 asio::awaitable<std::shared_ptr<PeerSocket>> HttpSession::accepted(const HttpRequest& request,
                                                                    std::size_t greatestFrameBytes) {
-  stream_.expires_never();
+  deadline_.cancel();
   WebSocket socket(std::move(stream_));
   // PeerSocket watches for silence itself: the stream's own idle timer can only ping at half its time-out.
   socket.set_option(websocket::stream_base::timeout{.handshake_timeout = dependencies_.limits.requestTime,
@@ -173,12 +182,14 @@ asio::awaitable<void> HttpSession::refuse(boost::system::error_code error) {
 }
 
 asio::awaitable<void> HttpSession::refusePolitely(std::chrono::seconds wait) {
+  // Telling it would take a handshake, which is what an attacker wants.
+  if (dependencies_.tls != nullptr) co_return;
   const auto place = dependencies_.clientLimits.politeRefusal();
   if (place) co_await respond(tooManyRequests(wait));
 }
 
 asio::awaitable<void> HttpSession::respond(HttpResponse response) {
-  stream_.expires_after(dependencies_.limits.closeTime);
+  endAt(Clock::now() + dependencies_.limits.closeTime);
   setDate(response);
   response.prepare_payload();
   const auto [error, written] = co_await http::async_write(stream_, response, resultOf);
@@ -191,25 +202,33 @@ asio::awaitable<bool> HttpSession::respondPage(PageResponse response, bool keeps
   const bool lasts = Clock::now() + dependencies_.limits.keepAliveTime < endsAt_;
   keeps = keeps && lasts && requests_ < dependencies_.limits.requestsPerConnection;
   if (turnedAway_) co_return false;
-  stream_.expires_at(endsAt_);
+  endAt(endsAt_);
   response.keep_alive(keeps);
   setDate(response);
   const auto [error, written] = co_await http::async_write(stream_, response, resultOf);
-  if (error || keeps) co_return !error;
-  stream_.expires_after(dependencies_.limits.closeTime);
-  co_await linger();
-  co_return false;
+  requestBy_ = std::min(Clock::now() + dependencies_.limits.keepAliveTime, endsAt_);
+  if (!error && !keeps) co_await linger();
+  co_return keeps && !error;
 }
 
 asio::awaitable<void> HttpSession::linger() {
-  boost::system::error_code ignored;
-  stream_.socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+  endAt(Clock::now() + dependencies_.limits.closeTime);
+  stream_.shutdownSend();
   std::array<char, 4096> scrap;
   for (std::size_t discarded = 0; discarded < discardedBytes;) {
-    const auto [readError, size] = co_await stream_.async_read_some(asio::buffer(scrap), resultOf);
+    const auto [readError, size] = co_await stream_.socket().async_read_some(asio::buffer(scrap), resultOf);
     if (readError) co_return;
     discarded += size;
   }
+}
+
+void HttpSession::endAt(Clock::time_point time) {
+  deadline_.expires_at(time);
+  deadline_.async_wait([weak = weak_from_this()](boost::system::error_code cancelled) {
+    const auto self = weak.lock();
+    // It may have been set anew after its end, before this call.
+    if (self && !cancelled && self->deadline_.expiry() <= Clock::now()) self->stream_.close();
+  });
 }
 
 }  // namespace tallyfox::server

@@ -2,8 +2,8 @@
 
 #include <boost/asio/awaitable.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <chrono>
 #include <memory>
@@ -17,12 +17,13 @@
 #include "RelayLog.hpp"
 #include "UnauthenticatedConnections.hpp"
 #include "page/PageRoutes.hpp"
+#include "tls/ClientStream.hpp"
 
 namespace tallyfox::server {
 
 /// One accepted connection: reads its request, then answers it or becomes a WebSocket session. Only a connection that
 /// loads the phone page may ask several times.
-class HttpSession {
+class HttpSession : public std::enable_shared_from_this<HttpSession> {
  public:
   struct Dependencies {
     RelayHub& hub;
@@ -31,6 +32,7 @@ class HttpSession {
     const RelayLimits& limits;
     ClientLimits& clientLimits;
     const PageFiles* page;  ///< null without one
+    SSL_CTX* tls;           ///< null when the connection is plain
   };
   HttpSession(boost::asio::ip::tcp::socket socket, Dependencies dependencies);
   HttpSession(const HttpSession&) = delete;
@@ -46,6 +48,7 @@ class HttpSession {
   };
   using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
 
+  [[nodiscard]] boost::asio::awaitable<bool> handshaken();
   /// Whether the connection is kept for another request.
   [[nodiscard]] boost::asio::awaitable<bool> serveRequest();
   [[nodiscard]] std::unique_ptr<UnauthenticatedConnections::Ticket> admitted();
@@ -67,12 +70,17 @@ class HttpSession {
   /// Tells a connection beyond its address's limit to wait, unless too many are being told.
   [[nodiscard]] boost::asio::awaitable<void> refusePolitely(std::chrono::seconds wait);
 
+  /// Cuts the connection then, in place of any earlier such time.
+  void endAt(std::chrono::steady_clock::time_point time);
+
   boost::asio::ip::address peer_;
-  boost::beast::tcp_stream stream_;
+  ClientStream stream_;
+  boost::asio::steady_timer deadline_;
   boost::beast::flat_buffer buffer_;
   Dependencies dependencies_;
-  std::chrono::steady_clock::time_point endsAt_;  ///< for a connection that loads the page
-  std::size_t requests_ = 0;                      ///< answered
+  std::chrono::steady_clock::time_point requestBy_;  ///< when the next request has to be there
+  std::chrono::steady_clock::time_point endsAt_;     ///< for a connection that loads the page
+  std::size_t requests_ = 0;                         ///< answered
   bool turnedAway_ = false;
 };
 

@@ -139,7 +139,7 @@ void PeerSocket::cut() {
   watchTimer_.cancel();
   closeDeadline_.cancel();
   wake_.cancel();
-  boost::beast::get_lowest_layer(socket_).close();
+  socket_.next_layer().close();
 }
 
 }  // namespace tallyfox::server

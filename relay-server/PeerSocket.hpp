@@ -2,7 +2,6 @@
 
 #include <boost/asio/awaitable.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/websocket/stream.hpp>
 #include <memory>
 #include <optional>
@@ -10,10 +9,11 @@
 #include "OutgoingQueue.hpp"
 #include "RelayLimits.hpp"
 #include "RelayPeer.hpp"
+#include "tls/ClientStream.hpp"
 
 namespace tallyfox::server {
 
-using WebSocket = boost::beast::websocket::stream<boost::beast::tcp_stream>;
+using WebSocket = boost::beast::websocket::stream<ClientStream>;
 
 /// One open WebSocket: a bounded queue out, frames in, pings, and a close that cannot hang. Its coroutines keep it
 /// alive until the socket is closed.

@@ -64,6 +64,20 @@ Taken takePage(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+TlsContext::Files& tlsFiles(RelayOptions& options) {
+  return options.tls ? *options.tls : options.tls.emplace();
+}
+
+Taken takeTlsCertificate(RelayOptions& options, std::string_view value) {
+  tlsFiles(options).certificate = value;
+  return {};
+}
+
+Taken takeTlsKey(RelayOptions& options, std::string_view value) {
+  tlsFiles(options).key = value;
+  return {};
+}
+
 constexpr std::string_view trustedProxyName = "--trusted-proxy";
 
 /// What takes the value of each option.
@@ -73,6 +87,8 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--data", takeData},
       {trustedProxyName, takeTrustedProxy},
       {"--page", takePage},
+      {"--tls-certificate", takeTlsCertificate},
+      {"--tls-key", takeTlsKey},
   };
   return table;
 }
@@ -92,8 +108,8 @@ RelayOptions asking(RelayOptions::Purpose purpose) {
 std::string helpText() {
   return R"(Usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY [OPTION]...
 
-Carries sealed messages between Tallyfox agents and their phones. It speaks plain HTTP and WebSocket: listen on
-loopback, behind a proxy that ends TLS.
+Carries sealed messages between Tallyfox agents and their phones. Without a certificate it speaks plain HTTP and
+WebSocket: listen on loopback, behind a proxy that ends TLS.
 
   --listen ADDRESS:PORT    the IP address and port to listen on, such as 127.0.0.1:8080 or [::1]:8080; port 0 takes
                            any free one
@@ -101,6 +117,8 @@ loopback, behind a proxy that ends TLS.
   --trusted-proxy CIDR     a proxy, or a network of them, whose Forwarded or X-Forwarded-For header names the client,
                            such as 127.0.0.1 or 10.0.0.0/8; may be given several times. Requests are limited by client
   --page DIRECTORY         the phone page to serve, or none; without it the installed one, if there is one
+  --tls-certificate FILE   speak TLS by itself, with this certificate and those that follow it in the PEM file
+  --tls-key FILE           the certificate's key, as PEM without a passphrase
 
   --help                   show this text
   --version                show the version
@@ -128,6 +146,8 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
     const auto taken = settings().at(arguments[index])(options, arguments[index + 1]);
     if (!taken) return wrongUsage(taken.error());
   }
+  if (options.tls && (options.tls->certificate.empty() || options.tls->key.empty()))
+    return wrongUsage("--tls-certificate and --tls-key need each other");
   if (options.dataDirectory.empty()) return wrongUsage("--data is missing");
   return options;
 }

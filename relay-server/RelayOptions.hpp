@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ClientAddress.hpp"
+#include "tls/TlsContext.hpp"
 
 namespace tallyfox::server {
 
@@ -30,6 +31,7 @@ struct RelayOptions {
   std::vector<Network> trustedProxies{};  ///< whose word on their clients' addresses is taken
   /// Where the phone page is; empty for none, absent for the installed one.
   std::optional<std::filesystem::path> pageDirectory{};
+  std::optional<TlsContext::Files> tls{};  ///< absent where connections are plain
   bool operator==(const RelayOptions&) const = default;
 
   /// `arguments` without the program's name. The error is one line for the person who typed them.

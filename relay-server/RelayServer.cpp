@@ -33,13 +33,13 @@ std::string textOf(const tcp::endpoint& endpoint) {
 
 }  // namespace
 
-RelayServer::RelayServer(std::unique_ptr<PairingStore> store, std::optional<PageFiles> page,
-                         const RelayOptions& options, const RelayLimits& limits, Console& console)
+RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLimits& limits, Console& console)
     : limits_(limits),
       log_(console),
-      store_(std::move(store)),
+      store_(std::move(files.store)),
       hub_(*store_, log_, limits_),
-      page_(std::move(page)),
+      page_(std::move(files.page)),
+      tls_(std::move(files.tls)),
       unauthenticated_(limits.unauthenticatedConnections),
       clientLimits_(limits_, options.trustedProxies) {}
 
@@ -49,6 +49,16 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   boost::system::error_code error;
   const tcp::endpoint endpoint(asio::ip::make_address(options.address, error), options.port);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", options.address, error.message()));
+  auto files = opened(options);
+  if (!files) return std::unexpected(std::move(files.error()));
+  std::unique_ptr<RelayServer> server(new RelayServer(std::move(*files), options, limits, console));
+  error = server->listen(endpoint);
+  if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
+  server->warnOfCertificates();
+  return server;
+}
+
+std::expected<RelayServer::Files, std::string> RelayServer::opened(const RelayOptions& options) {
   std::optional<PageFiles> page;
   if (options.pageDirectory && !options.pageDirectory->empty()) {
     auto files = PageFiles::read(*options.pageDirectory, {});
@@ -57,13 +67,17 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
     // Web Push is off as long as the relay has no key of its own.
     page->add("/page-config.json", R"({"version":1,"pushKey":null})");
   }
+  std::optional<TlsContext> tls;
+  if (options.tls) {
+    auto context = TlsContext::load(*options.tls);
+    if (!context) return std::unexpected(std::move(context.error()));
+    tls = std::move(*context);
+  }
   auto database = RelayDatabase::open(options.dataDirectory);
   if (!database) return std::unexpected(fmt::format("Unable to open the database: {}", database.error().description));
-  auto store = std::make_unique<SqlitePairingStore>(std::move(*database));
-  std::unique_ptr<RelayServer> server(new RelayServer(std::move(store), std::move(page), options, limits, console));
-  error = server->listen(endpoint);
-  if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
-  return server;
+  return Files{.store = std::make_unique<SqlitePairingStore>(std::move(*database)),
+               .page = std::move(page),
+               .tls = std::move(tls)};
 }
 
 std::string RelayServer::address() const {
@@ -100,6 +114,23 @@ void RelayServer::stop() {
   asio::post(io_, [this] { closeEverything(); });
 }
 
+void RelayServer::reloadCertificates() {
+  asio::post(io_, [this] {
+    if (!tls_) return;
+    if (const auto reloaded = tls_->reload(); !reloaded) {
+      return log_.line("{}; the old certificate stays in use.", reloaded.error());
+    }
+    log_.line("TLS certificate read again.");
+    warnOfCertificates();
+  });
+}
+
+void RelayServer::warnOfCertificates() {
+  if (!tls_) return;
+  for (const std::string& warning : tls_->warnings())
+    log_.line("{}", warning);
+}
+
 asio::awaitable<void> RelayServer::acceptConnections() {
   asio::steady_timer pause(io_);
   while (acceptor_.is_open()) {
@@ -118,13 +149,14 @@ asio::awaitable<void> RelayServer::acceptConnections() {
 void RelayServer::serve(tcp::socket socket) {
   boost::system::error_code ignored;
   socket.set_option(tcp::no_delay(true), ignored);
-  const auto session =
-      std::make_shared<HttpSession>(std::move(socket), HttpSession::Dependencies{.hub = hub_,
-                                                                                 .unauthenticated = unauthenticated_,
-                                                                                 .log = log_,
-                                                                                 .limits = limits_,
-                                                                                 .clientLimits = clientLimits_,
-                                                                                 .page = page_ ? &*page_ : nullptr});
+  const auto session = std::make_shared<HttpSession>(
+      std::move(socket), HttpSession::Dependencies{.hub = hub_,
+                                                   .unauthenticated = unauthenticated_,
+                                                   .log = log_,
+                                                   .limits = limits_,
+                                                   .clientLimits = clientLimits_,
+                                                   .page = page_ ? &*page_ : nullptr,
+                                                   .tls = tls_ ? &tls_->current() : nullptr});
   // The completion keeps the session as long as its coroutine runs.
   asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
     if (failure) log_.line("A connection failed unexpectedly.");

@@ -17,6 +17,7 @@
 #include "UnauthenticatedConnections.hpp"
 #include "page/PageFiles.hpp"
 #include "storage/PairingStore.hpp"
+#include "tls/TlsContext.hpp"
 
 namespace tallyfox::server {
 
@@ -34,24 +35,34 @@ class RelayServer {
 
   /// Lets SIGTERM and SIGINT stop this relay; a second one then ends the process at once.
   void stopOnSignals();
+  /// Reads the TLS files again, for connections to come; the log tells how that went. From any thread.
+  void reloadCertificates();
   /// Serves until it is stopped and every socket is closed.
   void run();
   /// Closes every socket with 1001 and ends run(). From any thread.
   void stop();
 
  private:
-  RelayServer(std::unique_ptr<PairingStore> store, std::optional<PageFiles> page, const RelayOptions& options,
-              const RelayLimits& limits, Console& console);
+  /// What is read from files before there is a relay.
+  struct Files {
+    std::unique_ptr<PairingStore> store;
+    std::optional<PageFiles> page;
+    std::optional<TlsContext> tls;
+  };
+  RelayServer(Files files, const RelayOptions& options, const RelayLimits& limits, Console& console);
+  [[nodiscard]] static std::expected<Files, std::string> opened(const RelayOptions& options);
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
   void serve(boost::asio::ip::tcp::socket socket);
   void closeEverything();
+  void warnOfCertificates();
 
   RelayLimits limits_;
   RelayLog log_;
   std::unique_ptr<PairingStore> store_;
   RelayHub hub_;
   std::optional<PageFiles> page_;
+  std::optional<TlsContext> tls_;
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to

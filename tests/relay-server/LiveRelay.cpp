@@ -48,6 +48,10 @@ void LiveRelay::stop() {
   server_.reset();
 }
 
+void LiveRelay::reloadCertificates() {
+  server_->reloadCertificates();
+}
+
 struct TestConnection::State {
   asio::io_context io;
   asio::ip::tcp::socket socket{io};

@@ -27,6 +27,8 @@ class LiveRelay {
   LiveRelay& operator=(const LiveRelay&) = delete;
 
   void stop();
+  /// Connections that are made after this call get what was read.
+  void reloadCertificates();
   [[nodiscard]] std::uint16_t port() const { return port_; }
 
   RecordedConsole console;

@@ -46,6 +46,14 @@ TEST(RelayOptions, nameTheDirectoryOfThePageOrNone) {
   EXPECT_EQ(page({"--page", "none"}), std::filesystem::path());
 }
 
+TEST(RelayOptions, nameACertificateWithItsKey) {
+  const auto options =
+      parsed({"--tls-key", "k.pem", "--listen", "[::1]:0", "--tls-certificate", "c.pem", "--data", "d"});
+  ASSERT_TRUE(options) << options.error();
+  EXPECT_EQ(options->tls, (TlsContext::Files{.certificate = "c.pem", .key = "k.pem"}));
+  EXPECT_EQ(parsed({"--listen", "[::1]:0", "--data", "d"})->tls, std::nullopt);
+}
+
 TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
   EXPECT_EQ(parsed({"--help"})->purpose, RelayOptions::Purpose::showHelp);
   EXPECT_EQ(parsed({"-h"})->purpose, RelayOptions::Purpose::showHelp);
@@ -55,8 +63,9 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 }
 
 TEST(RelayOptions, explainEachOption) {
-  for (const std::string word : {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ",
-                                 "--page DIRECTORY ", "--help ", "--version "})
+  for (const std::string word :
+       {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--page DIRECTORY ",
+        "--tls-certificate FILE ", "--tls-key FILE ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -74,6 +83,9 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
       {{"--data", "a", "--data", "b"}, "--data is given twice"},
       {{"--trusted-proxy"}, "--trusted-proxy lacks its value"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--page", ""}, "--page lacks its value"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--tls-key", "k"}, "--tls-certificate and --tls-key need each other"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--tls-certificate", "c", "--tls-key", ""},
+       "--tls-certificate and --tls-key need each other"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "proxy.example"},
        "proxy.example is no IP address or network"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "10.0.0.0/33"},

@@ -8,8 +8,15 @@ _tallyfox_relay() {
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       ;;
+    --tls-certificate | --tls-key)
+      compopt -o filenames
+      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      ;;
     --listen | --trusted-proxy) ;;
-    *) mapfile -t COMPREPLY < <(compgen -W "--listen --data --trusted-proxy --page --help --version" -- "$word") ;;
+    *)
+      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key"
+      mapfile -t COMPREPLY < <(compgen -W "$options --help --version" -- "$word")
+      ;;
   esac
 }
 
