@@ -189,6 +189,10 @@ asio::awaitable<void> HttpSession::refusePolitely(std::chrono::seconds wait) {
 }
 
 asio::awaitable<void> HttpSession::respond(HttpResponse response) {
+  if (response.result_int() >= 400) {
+    dependencies_.log.write(log_event::requestRefused,
+                            {LogField::network(peer_), LogField::status(response.result_int())});
+  }
   endAt(Clock::now() + dependencies_.limits.closeTime);
   setDate(response);
   response.prepare_payload();

@@ -30,7 +30,7 @@ PairingAccess::Answer<void> PairingAccess::registerToken(std::string pairingID, 
   if (!stored) co_return std::unexpected(storageFailure("store a registration", stored.error()));
   // Another token may have been registered, or the pairing revoked, since it was looked up.
   if (const auto allowed = verdict(*stored, hash); !allowed) co_return allowed;
-  log_.line("Pairing {} registered{}.", shortened(pairingID), *known ? " again" : "");
+  registered(*known ? log_event::pairingRenewed : log_event::pairingRegistered, pairingID);
   co_return std::expected<void, Refusal>{};
 }
 
@@ -51,8 +51,12 @@ PairingAccess::Answer<void> PairingAccess::check(std::string pairingID, std::str
   co_return verdict(**pairing, sha256(bytesOf(token)));
 }
 
-PairingAccess::Refusal PairingAccess::storageFailure(std::string_view task, const StorageError& error) {
-  log_.line("Unable to {}: {}", task, error.description);
+void PairingAccess::registered(const LogEvent& event, std::string_view pairingID) {
+  log_.write(event, {LogField::pairing(pairingID)});
+}
+
+PairingAccess::Refusal PairingAccess::storageFailure(LogText task, const StorageError& error) {
+  log_.write(log_event::storageFailed, {LogField::task(task), LogField::reason(error)});
   return Refusal::storageFailed;
 }
 

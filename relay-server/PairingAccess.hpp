@@ -32,7 +32,8 @@ class PairingAccess {
   [[nodiscard]] Answer<void> check(std::string pairingID, std::string token);
 
  private:
-  Refusal storageFailure(std::string_view task, const StorageError& error);
+  void registered(const LogEvent& event, std::string_view pairingID);
+  Refusal storageFailure(LogText task, const StorageError& error);
 
   PairingStore& store_;
   RelayLog& log_;

@@ -44,7 +44,7 @@ boost::asio::awaitable<Frame> PhoneSession::firstFrame() {
 boost::asio::awaitable<bool> PhoneSession::join(Frame frame) {
   const auto hello = PhoneHello::decoded(*frame);
   if (!hello) {
-    dependencies_.log.line("A phone's hello is malformed: {}", hello.error().description);
+    dependencies_.log.write(log_event::helloMalformed, {LogField::reason(hello.error())});
     socket_->close(CloseCode::malformed);
     co_return false;
   }

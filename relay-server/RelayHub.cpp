@@ -22,7 +22,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::agentJoined(std::string pairin
     co_return std::unexpected(CloseCode::goingAway);
   }
   room(pairingID).setAgent(agent);
-  log_.line("Agent of pairing {} connected.", shortened(pairingID));
+  log(log_event::agentConnected, pairingID);
   room(pairingID).publishPhoneStatus();
   co_return Verdict{};
 }
@@ -32,7 +32,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitAgent(const std::string& 
   // The token was checked before the handshake, and the owner may have revoked the pairing during it.
   const auto pairing = co_await store_.pairing(pairingID);
   if (!pairing) {
-    log_.line("Unable to look up pairing {}: {}", shortened(pairingID), pairing.error().description);
+    storageFailed("look up the standing", pairingID, pairing.error());
     co_return std::unexpected(CloseCode::internalError);
   }
   if (!*pairing || (*pairing)->revoked) co_return std::unexpected(CloseCode::unpaired);
@@ -42,7 +42,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitAgent(const std::string& 
 RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer& agent, Frame frame) {
   if (!isAgent(pairingID, agent)) co_return;
   const auto malformed = [&](const DecodingError& error) {
-    log_.line("Unable to decode a frame of the agent of pairing {}: {}", shortened(pairingID), error.description);
+    log_.write(log_event::agentFrameMalformed, {LogField::pairing(pairingID), LogField::reason(error)});
   };
   const auto message = parsedJson(*frame);
   if (!message) co_return malformed(message.error());
@@ -71,7 +71,7 @@ RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer
 }
 
 void RelayHub::agentLeft(const std::string& pairingID, const RelayPeer& agent) {
-  if (room(pairingID).removeAgent(agent)) log_.line("Agent of pairing {} disconnected.", shortened(pairingID));
+  if (room(pairingID).removeAgent(agent)) log(log_event::agentDisconnected, pairingID);
   discardWhenEmpty(pairingID);
 }
 
@@ -79,8 +79,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneJoined(PhoneHello hello, 
   const auto turn = co_await turns_.take(hello.pairingID);
   if (closing_) co_return std::unexpected(CloseCode::goingAway);
   if (const Verdict admitted = co_await admitDevice(hello); !admitted) {
-    log_.line("Phone {} of pairing {} refused with {}.", shortened(hello.deviceID), shortened(hello.pairingID),
-              static_cast<int>(admitted.error()));
+    refused(hello, admitted.error());
     co_return admitted;
   }
   co_await listDevices(hello.pairingID);
@@ -89,7 +88,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneJoined(PhoneHello hello, 
     co_return std::unexpected(CloseCode::goingAway);
   }
   room(hello.pairingID).addPhone(hello.deviceID, phone);
-  log_.line("Phone {} of pairing {} connected.", shortened(hello.deviceID), shortened(hello.pairingID));
+  log(log_event::phoneConnected, {.pairingID = hello.pairingID, .deviceID = hello.deviceID});
   room(hello.pairingID).publishPhoneStatus();
   co_return Verdict{};
 }
@@ -108,7 +107,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& 
   DeviceRecord wanted{.id = hello.deviceID, .name = hello.deviceName, .platform = hello.platform};
   const auto admission = co_await store_.admitDevice(hello.pairingID, std::move(wanted), limits_.phonesPerPairing);
   if (!admission) {
-    log_.line("Unable to admit phone {}: {}", shortened(hello.deviceID), admission.error().description);
+    storageFailed("admit a phone", hello.pairingID, admission.error());
     co_return std::unexpected(CloseCode::internalError);
   }
   switch (*admission) {
@@ -126,8 +125,8 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& 
 RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, RelayPeer& phone, Frame frame) {
   if (!isPhone(from, phone)) co_return Verdict{};
   const auto malformed = [&](const DecodingError& error) -> Verdict {
-    log_.line("Unable to decode a frame of phone {} of pairing {}: {}", shortened(from.deviceID),
-              shortened(from.pairingID), error.description);
+    log_.write(log_event::phoneFrameMalformed,
+               {LogField::device(from.deviceID), LogField::pairing(from.pairingID), LogField::reason(error)});
     return std::unexpected(CloseCode::malformed);
   };
   const auto message = parsedJson(*frame);
@@ -150,7 +149,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, 
 
 void RelayHub::phoneLeft(const PhoneAddress& address, const RelayPeer& phone) {
   if (room(address.pairingID).removePhone(address.deviceID, phone)) {
-    log_.line("Phone {} of pairing {} disconnected.", shortened(address.deviceID), shortened(address.pairingID));
+    log(log_event::phoneDisconnected, address);
     room(address.pairingID).publishPhoneStatus();
   }
   discardWhenEmpty(address.pairingID);
@@ -182,7 +181,7 @@ RelayHub::Eventually<void> RelayHub::listDevices(const std::string& pairingID) {
   if (devices) {
     room(pairingID).setPairedDevices(std::move(*devices));
   } else {
-    log_.line("Unable to list the phones of {}: {}", shortened(pairingID), devices.error().description);
+    storageFailed("list the phones", pairingID, devices.error());
   }
 }
 
@@ -208,18 +207,17 @@ void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame)
 
 void RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, std::string_view decisionID) {
   if (room(from.pairingID).sendToAgent(frame)) return;
-  log_.line("A decision of phone {} found no agent of pairing {}.", shortened(from.deviceID),
-            shortened(from.pairingID));
+  log(log_event::undeliverable, from);
   phone.send(decisionUndeliverable(decisionID));
 }
 
 RelayHub::Eventually<void> RelayHub::unpairDevice(const std::string& pairingID, const std::string& deviceID) {
   const auto unpaired = co_await store_.unpairDevice(pairingID, deviceID);
   if (!unpaired) {
-    log_.line("Unable to unpair a phone of {}: {}", shortened(pairingID), unpaired.error().description);
+    storageFailed("unpair a phone", pairingID, unpaired.error());
   } else if (*unpaired) {
     room(pairingID).dismissPhone(deviceID);
-    log_.line("Phone {} of pairing {} unpaired by its owner.", shortened(deviceID), shortened(pairingID));
+    log(log_event::phoneUnpaired, {.pairingID = pairingID, .deviceID = deviceID});
   }
   co_await listDevices(pairingID);
   room(pairingID).publishPhoneStatus();
@@ -227,10 +225,10 @@ RelayHub::Eventually<void> RelayHub::unpairDevice(const std::string& pairingID, 
 
 RelayHub::Eventually<void> RelayHub::revokePairing(const std::string& pairingID) {
   if (const auto revoked = co_await store_.revokePairing(pairingID); !revoked) {
-    log_.line("Unable to revoke pairing {}: {}", shortened(pairingID), revoked.error().description);
+    storageFailed("revoke the token", pairingID, revoked.error());
     co_return;
   }
-  log_.line("Pairing {} revoked by its owner.", shortened(pairingID));
+  log(log_event::pairingRevoked, pairingID);
   snapshotBytes_ -= room(pairingID).snapshotBytes();
   room(pairingID).dismissAll();
 }
@@ -240,15 +238,33 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::forgetPhone(const PhoneAddress
   // Its owner may have unpaired it while it waited.
   if (!isPhone(from, phone)) co_return Verdict{};
   if (const auto forgotten = co_await store_.forgetDevice(from.pairingID, from.deviceID); !forgotten) {
-    log_.line("Unable to forget phone {}: {}", shortened(from.deviceID), forgotten.error().description);
+    storageFailed("forget a phone", from.pairingID, forgotten.error());
     co_return std::unexpected(CloseCode::internalError);
   }
-  log_.line("Phone {} left pairing {}.", shortened(from.deviceID), shortened(from.pairingID));
+  log(log_event::phoneLeft, from);
   room(from.pairingID).removePhone(from.deviceID, phone);
   room(from.pairingID).dismissPhone(from.deviceID);
   co_await listDevices(from.pairingID);
   room(from.pairingID).publishPhoneStatus();
   co_return std::unexpected(CloseCode::normal);
+}
+
+void RelayHub::log(const LogEvent& event, std::string_view pairingID) {
+  log_.write(event, {LogField::pairing(pairingID)});
+}
+
+void RelayHub::log(const LogEvent& event, const PhoneAddress& phone) {
+  log_.write(event, {LogField::device(phone.deviceID), LogField::pairing(phone.pairingID)});
+}
+
+void RelayHub::refused(const PhoneHello& hello, CloseCode code) {
+  log_.write(log_event::phoneRefused,
+             {LogField::device(hello.deviceID), LogField::pairing(hello.pairingID), LogField::code(code)});
+}
+
+void RelayHub::storageFailed(LogText task, std::string_view pairingID, const StorageError& error) {
+  log_.write(log_event::storageFailedFor,
+             {LogField::task(task), LogField::pairing(pairingID), LogField::reason(error)});
 }
 
 }  // namespace tallyfox::server

@@ -73,6 +73,10 @@ class RelayHub {
   [[nodiscard]] Eventually<void> unpairDevice(const std::string& pairingID, const std::string& deviceID);
   [[nodiscard]] Eventually<void> revokePairing(const std::string& pairingID);
   [[nodiscard]] Eventually<Verdict> forgetPhone(const PhoneAddress& from, RelayPeer& phone);
+  void log(const LogEvent& event, std::string_view pairingID);
+  void log(const LogEvent& event, const PhoneAddress& phone);
+  void refused(const PhoneHello& hello, CloseCode code);
+  void storageFailed(LogText task, std::string_view pairingID, const StorageError& error);
 
   PairingStore& store_;
   RelayLog& log_;

@@ -1,32 +1,43 @@
 #pragma once
 
-#include <fmt/format.h>
+#include <initializer_list>
+#include <string>
 
-#include <string_view>
-#include <utility>
-
+#include "LogEvents.hpp"
+#include "LogField.hpp"
 #include "base/Console.hpp"
+#include "base/Date.hpp"
 
 namespace tallyfox::server {
 
-/// An identifier as it may stand in a log: its first 12 characters.
-[[nodiscard]] inline std::string_view shortened(std::string_view id) {
-  return id.substr(0, 12);
-}
+enum class LogFormat : std::uint8_t { text, json };
 
-/// One line an event. What is logged is composed here from shortened identifiers and numbers; tokens, names and frames
-/// are never passed in.
+struct LogSettings {
+  LogFormat format = LogFormat::text;
+  LogLevel level = LogLevel::info;  ///< events below it are left out
+  bool priorities = false;          ///< text lines begin with the <N> that a journal takes for their priority
+  bool operator==(const LogSettings&) const = default;
+};
+
+/// One line an event, as a sentence or as a JSON object. Tokens, names and frames cannot be passed in.
 class RelayLog {
  public:
-  explicit RelayLog(Console& console) : console_(console) {}
+  using Fields = std::initializer_list<LogField>;
 
-  template <typename... Values>
-  void line(fmt::format_string<Values...> pattern, Values&&... values) {
-    console_.printLine(fmt::format(pattern, std::forward<Values>(values)...));
-  }
+  explicit RelayLog(Console& console, const LogSettings& settings = {}) : console_(console), settings_(settings) {}
+
+  [[nodiscard]] const LogSettings& settings() const { return settings_; }
+  void configure(const LogSettings& settings) { settings_ = settings; }
+  void write(const LogEvent& event, Fields fields = {});
 
  private:
   Console& console_;
+  LogSettings settings_;
 };
+
+/// The event's sentence with its gaps filled; one without a field is filled with "-".
+[[nodiscard]] std::string logSentence(const LogEvent& event, RelayLog::Fields fields);
+/// {"time":"2026-03-14T09:26:53.250Z","level":"info","event":"agent.connected","pairing":"k3Jv0mQ2"}
+[[nodiscard]] std::string logObject(const LogEvent& event, RelayLog::Fields fields, Date time);
 
 }  // namespace tallyfox::server

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <boost/asio/ip/address.hpp>
 #include <charconv>
 #include <map>
@@ -78,6 +79,22 @@ Taken takeTlsKey(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+Taken takeLogFormat(RelayOptions& options, std::string_view value) {
+  if (value != "text" && value != "json")
+    return std::unexpected(fmt::format("{} is no log format: text or json", value));
+  options.log.format = value == "json" ? LogFormat::json : LogFormat::text;
+  return {};
+}
+
+Taken takeLogLevel(RelayOptions& options, std::string_view value) {
+  static constexpr std::array<std::string_view, 4> levels{"debug", "info", "warning", "error"};
+  const auto* const level = std::ranges::find(levels, value);
+  if (level == levels.end())
+    return std::unexpected(fmt::format("{} is no log level: debug, info, warning or error", value));
+  options.log.level = static_cast<LogLevel>(level - levels.begin());
+  return {};
+}
+
 constexpr std::string_view trustedProxyName = "--trusted-proxy";
 
 /// What takes the value of each option.
@@ -89,6 +106,8 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--page", takePage},
       {"--tls-certificate", takeTlsCertificate},
       {"--tls-key", takeTlsKey},
+      {"--log-format", takeLogFormat},
+      {"--log-level", takeLogLevel},
   };
   return table;
 }
@@ -119,6 +138,8 @@ WebSocket: listen on loopback, behind a proxy that ends TLS.
   --page DIRECTORY         the phone page to serve, or none; without it the installed one, if there is one
   --tls-certificate FILE   speak TLS by itself, with this certificate and those that follow it in the PEM file
   --tls-key FILE           the certificate's key, as PEM without a passphrase
+  --log-format FORMAT      text, a sentence for each event (the default), or json, an object for each
+  --log-level LEVEL        the least that is logged: debug, info (the default), warning or error
 
   --help                   show this text
   --version                show the version

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ClientAddress.hpp"
+#include "RelayLog.hpp"
 #include "tls/TlsContext.hpp"
 
 namespace tallyfox::server {
@@ -32,6 +33,7 @@ struct RelayOptions {
   /// Where the phone page is; empty for none, absent for the installed one.
   std::optional<std::filesystem::path> pageDirectory{};
   std::optional<TlsContext::Files> tls{};  ///< absent where connections are plain
+  LogSettings log{};
   bool operator==(const RelayOptions&) const = default;
 
   /// `arguments` without the program's name. The error is one line for the person who typed them.

@@ -34,14 +34,17 @@ std::string textOf(const tcp::endpoint& endpoint) {
 }  // namespace
 
 RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLimits& limits, Console& console)
-    : limits_(limits),
-      log_(console),
+    : options_(options),
+      limits_(limits),
+      log_(console, options.log),
       store_(std::move(files.store)),
       hub_(*store_, log_, limits_),
       page_(std::move(files.page)),
       tls_(std::move(files.tls)),
       unauthenticated_(limits.unauthenticatedConnections),
-      clientLimits_(limits_, options.trustedProxies) {}
+      clientLimits_(limits_, options.trustedProxies) {
+  onReload([this](const RelayOptions& fresh) { return freshCertificates(fresh); });
+}
 
 std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const RelayOptions& options,
                                                                            const RelayLimits& limits,
@@ -95,12 +98,34 @@ boost::system::error_code RelayServer::listen(const tcp::endpoint& endpoint) {
   return error;
 }
 
-void RelayServer::stopOnSignals() {
-  signals_.add(SIGTERM);
-  signals_.add(SIGINT);
-  signals_.async_wait([this](boost::system::error_code cancelled, int) {
+void RelayServer::obeySignals() {
+  endSignals_.add(SIGTERM);
+  endSignals_.add(SIGINT);
+  endSignals_.async_wait([this](boost::system::error_code cancelled, int) {
     if (!cancelled) closeEverything();
   });
+  reloadSignals_.add(SIGHUP);
+  awaitReload();
+}
+
+void RelayServer::awaitReload() {
+  reloadSignals_.async_wait([this](boost::system::error_code cancelled, int) {
+    if (cancelled) return;
+    takeSettings();
+    awaitReload();
+  });
+}
+
+void RelayServer::reload() {
+  asio::post(io_, [this] { takeSettings(); });
+}
+
+void RelayServer::takeSettings() {
+  if (const auto done = reloadHooks_.run(options_); !done) {
+    log_.write(log_event::reloadRefused, {LogField::reason(done.error())});
+  } else {
+    log_.write(log_event::reloaded);
+  }
 }
 
 void RelayServer::run() {
@@ -114,21 +139,21 @@ void RelayServer::stop() {
   asio::post(io_, [this] { closeEverything(); });
 }
 
-void RelayServer::reloadCertificates() {
-  asio::post(io_, [this] {
-    if (!tls_) return;
-    if (const auto reloaded = tls_->reload(); !reloaded) {
-      return log_.line("{}; the old certificate stays in use.", reloaded.error());
-    }
-    log_.line("TLS certificate read again.");
+ReloadHooks::Prepared RelayServer::freshCertificates(const RelayOptions& options) {
+  if (!tls_ || !options.tls) return [] {};
+  auto fresh = TlsContext::load(*options.tls);
+  if (!fresh) return std::unexpected(SettingsError{std::move(fresh.error())});
+  return [this, loaded = std::make_shared<TlsContext>(std::move(*fresh))] {
+    tls_ = std::move(*loaded);
+    log_.write(log_event::certificateRead);
     warnOfCertificates();
-  });
+  };
 }
 
 void RelayServer::warnOfCertificates() {
   if (!tls_) return;
   for (const std::string& warning : tls_->warnings())
-    log_.line("{}", warning);
+    log_.write(log_event::certificateWarning, {LogField::reason(SettingsError{warning})});
 }
 
 asio::awaitable<void> RelayServer::acceptConnections() {
@@ -140,7 +165,7 @@ asio::awaitable<void> RelayServer::acceptConnections() {
       serve(std::move(socket));
       continue;
     }
-    log_.line("Unable to accept a connection: {}", error.message());
+    log_.write(log_event::acceptFailed, {LogField::reason(error)});
     pause.expires_after(acceptPause);
     co_await pause.async_wait(resultOf);
   }
@@ -159,16 +184,18 @@ void RelayServer::serve(tcp::socket socket) {
                                                    .tls = tls_ ? &tls_->current() : nullptr});
   // The completion keeps the session as long as its coroutine runs.
   asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
-    if (failure) log_.line("A connection failed unexpectedly.");
+    if (failure) log_.write(log_event::connectionFailed);
   });
 }
 
 void RelayServer::closeEverything() {
   if (!acceptor_.is_open()) return;
-  log_.line("Tallyfox relay stopping.");
+  log_.write(log_event::stopping);
   boost::system::error_code ignored;
   acceptor_.close(ignored);
-  signals_.clear(ignored);
+  endSignals_.clear(ignored);
+  // Not cleared: a SIGHUP must not end what is ending in order.
+  reloadSignals_.cancel(ignored);
   unauthenticated_.turnAllAway(CloseCode::goingAway);
   hub_.close();
 }

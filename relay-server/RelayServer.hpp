@@ -14,6 +14,7 @@
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayOptions.hpp"
+#include "ReloadHooks.hpp"
 #include "UnauthenticatedConnections.hpp"
 #include "page/PageFiles.hpp"
 #include "storage/PairingStore.hpp"
@@ -33,10 +34,12 @@ class RelayServer {
   [[nodiscard]] std::string address() const;
   [[nodiscard]] std::uint16_t port() const { return endpoint_.port(); }
 
-  /// Lets SIGTERM and SIGINT stop this relay; a second one then ends the process at once.
-  void stopOnSignals();
-  /// Reads the TLS files again, for connections to come; the log tells how that went. From any thread.
-  void reloadCertificates();
+  /// Lets SIGTERM and SIGINT stop this relay, a second one then ending the process at once, and SIGHUP reload it.
+  void obeySignals();
+  /// Adds a part that takes new settings on SIGHUP, before run(); ReloadHooks.hpp shows how.
+  void onReload(ReloadHooks::Prepare prepare) { reloadHooks_.add(std::move(prepare)); }
+  /// Does what SIGHUP asks for. From any thread.
+  void reload();
   /// Serves until it is stopped and every socket is closed.
   void run();
   /// Closes every socket with 1001 and ends run(). From any thread.
@@ -54,9 +57,13 @@ class RelayServer {
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
   void serve(boost::asio::ip::tcp::socket socket);
+  void awaitReload();
+  void takeSettings();
+  [[nodiscard]] ReloadHooks::Prepared freshCertificates(const RelayOptions& options);
   void closeEverything();
   void warnOfCertificates();
 
+  RelayOptions options_;
   RelayLimits limits_;
   RelayLog log_;
   std::unique_ptr<PairingStore> store_;
@@ -65,10 +72,12 @@ class RelayServer {
   std::optional<TlsContext> tls_;
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
+  ReloadHooks reloadHooks_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to
   boost::asio::ip::tcp::acceptor acceptor_{io_};
   boost::asio::ip::tcp::endpoint endpoint_;
-  boost::asio::signal_set signals_{io_};
+  boost::asio::signal_set endSignals_{io_};
+  boost::asio::signal_set reloadSignals_{io_};
 };
 
 }  // namespace tallyfox::server

@@ -1,8 +1,11 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <span>
@@ -46,6 +49,14 @@ std::filesystem::path installedPage() {
   return !error && std::filesystem::is_directory(page, error) ? page : std::filesystem::path();
 }
 
+/// Whether the descriptor is the one that the service manager connected to its journal and named in the environment.
+bool isJournal(int descriptor) {
+  const char* const named = std::getenv("JOURNAL_STREAM");
+  struct stat status{};
+  if (named == nullptr || fstat(descriptor, &status) != 0) return false;
+  return fmt::format("{}:{}", status.st_dev, status.st_ino) == named;
+}
+
 int run(std::span<const char* const> arguments) {
   using namespace tallyfox::server;
   auto options = RelayOptions::parsed(arguments);
@@ -62,13 +73,14 @@ int run(std::span<const char* const> arguments) {
     return 0;
   }
   if (!options->pageDirectory) options->pageDirectory = installedPage();
+  options->log.priorities = isJournal(STDERR_FILENO);
   StandardErrorConsole console;
   const auto server = RelayServer::open(*options, RelayLimits{}, console);
   if (!server) {
     printLine(stderr, server.error());
     return exitFailure;
   }
-  (*server)->stopOnSignals();
+  (*server)->obeySignals();
   printLine(stdout, fmt::format("Tallyfox relay listening on {}.", (*server)->address()));
   (*server)->run();
   return 0;

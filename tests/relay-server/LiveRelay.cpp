@@ -48,8 +48,8 @@ void LiveRelay::stop() {
   server_.reset();
 }
 
-void LiveRelay::reloadCertificates() {
-  server_->reloadCertificates();
+void LiveRelay::reload() {
+  server_->reload();
 }
 
 struct TestConnection::State {

@@ -28,7 +28,7 @@ class LiveRelay {
 
   void stop();
   /// Connections that are made after this call get what was read.
-  void reloadCertificates();
+  void reload();
   [[nodiscard]] std::uint16_t port() const { return port_; }
 
   RecordedConsole console;

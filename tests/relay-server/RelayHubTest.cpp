@@ -353,9 +353,10 @@ TEST_F(RelayHubTest, failingDatabaseCostsTheOneOperationAndIsLogged) {
   EXPECT_FALSE(other.closed);
   EXPECT_EQ(awaited(hub->access().registerToken("P1", "token-1")),
             std::unexpected(PairingAccess::Refusal::storageFailed));
-  for (const char* line : {"Unable to admit phone D2: disk full", "Unable to forget phone D1: disk full",
-                           "Unable to unpair a phone of P1: disk full", "Unable to revoke pairing P1: disk full",
-                           "Unable to store a registration: disk full"}) {
+  for (const char* line :
+       {"Unable to admit a phone of pairing P1: disk full", "Unable to forget a phone of pairing P1: disk full",
+        "Unable to unpair a phone of pairing P1: disk full", "Unable to revoke the token of pairing P1: disk full",
+        "Unable to store a registration: disk full"}) {
     EXPECT_THAT(console.text(), HasSubstr(line));
   }
   EXPECT_TRUE(awaited(hub->phoneFrame(at1, other, frameOf(message::request("R1")))));

@@ -54,6 +54,19 @@ TEST(RelayOptions, nameACertificateWithItsKey) {
   EXPECT_EQ(parsed({"--listen", "[::1]:0", "--data", "d"})->tls, std::nullopt);
 }
 
+TEST(RelayOptions, takeTheLogsFormAndLevel) {
+  const auto plain = parsed({"--listen", "[::1]:0", "--data", "d"});
+  ASSERT_TRUE(plain) << plain.error();
+  EXPECT_EQ(plain->log, (LogSettings{.format = LogFormat::text, .level = LogLevel::info}));
+  const std::vector<std::pair<const char*, LogLevel>> levels{
+      {"debug", LogLevel::debug}, {"info", LogLevel::info}, {"warning", LogLevel::warning}, {"error", LogLevel::error}};
+  for (const auto& [name, level] : levels) {
+    const auto options = parsed({"--listen", "[::1]:0", "--data", "d", "--log-format", "json", "--log-level", name});
+    ASSERT_TRUE(options) << options.error();
+    EXPECT_EQ(options->log, (LogSettings{.format = LogFormat::json, .level = level}));
+  }
+}
+
 TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
   EXPECT_EQ(parsed({"--help"})->purpose, RelayOptions::Purpose::showHelp);
   EXPECT_EQ(parsed({"-h"})->purpose, RelayOptions::Purpose::showHelp);
@@ -63,9 +76,9 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 }
 
 TEST(RelayOptions, explainEachOption) {
-  for (const std::string word :
-       {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--page DIRECTORY ",
-        "--tls-certificate FILE ", "--tls-key FILE ", "--help ", "--version "})
+  for (const std::string word : {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ",
+                                 "--page DIRECTORY ", "--tls-certificate FILE ", "--tls-key FILE ",
+                                 "--log-format FORMAT ", "--log-level LEVEL ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -90,6 +103,8 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
        "proxy.example is no IP address or network"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--trusted-proxy", "10.0.0.0/33"},
        "10.0.0.0/33 has no prefix length"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--log-format", "xml"}, "xml is no log format: text or json"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--log-level", "4"}, "4 is no log level: debug, info, warning or"},
       {{"--listen", "127.0.0.1", "--data", "d"}, "127.0.0.1 is not an address and port"},
       {{"--listen", "localhost:80", "--data", "d"}, "localhost:80 is not"},
       {{"--listen", "127.0.0.1:65536", "--data", "d"}, "127.0.0.1:65536 is not"},

@@ -180,6 +180,21 @@ TEST(RelayProgram, endsGracefullyOnBothSignals) {
   }
 }
 
+TEST(RelayProgram, logsObjectsAndReloadsOnHangUp) {
+  const TemporaryDirectory directory;
+  auto arguments = listeningAt(directory.path());
+  arguments.insert(arguments.end(), {"--log-format", "json"});
+  RelayProcess relay(arguments);
+  const std::uint16_t port = relay.port();
+  ASSERT_EQ(registered(port, "P1", "token").status, 204U);
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("level":"info","event":"pairing.registered","pairing":"P1"})"));
+  relay.signal(SIGHUP);
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("event":"relay.reloaded"})"));
+  EXPECT_EQ(registered(port, "P1", "token").status, 204U);
+  relay.signal(SIGTERM);
+  EXPECT_EQ(relay.ended(), 0);
+}
+
 TEST(RelayProgram, isRestartedAfterKillNineWithAllItsData) {
   const TemporaryDirectory directory;
   RelayProcess killed(listeningAt(directory.path()));

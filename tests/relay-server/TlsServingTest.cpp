@@ -211,7 +211,7 @@ TEST_F(TlsServingTest, readsNewCertificatesForNewConnectionsAlone) {
   EXPECT_THAT(agent.next(), HasSubstr("phone.status"));
   replaceFiles(authority.issue("second"));
   EXPECT_EQ(connected(relay).peerName(), "first") << "nobody asked for it yet";
-  relay.reloadCertificates();
+  relay.reload();
   EXPECT_EQ(connected(relay).peerName(), "second");
   EXPECT_THAT(relay.console.text(), HasSubstr("TLS certificate read again.\n"));
   auto phone = connected(relay);
@@ -224,12 +224,12 @@ TEST_F(TlsServingTest, keepsTheOldCertificateWhenTheNewOneIsBroken) {
   LiveRelay relay(data, {}, options);
   const auto second = authority.issue("second");
   fs::rename(second.certificate, options.tls->certificate);
-  relay.reloadCertificates();
+  relay.reload();
   EXPECT_EQ(connected(relay).peerName(), "first");
-  EXPECT_THAT(relay.console.text(), HasSubstr("Unable to use the TLS key " + options.tls->key.string() +
-                                              ": key values mismatch; the old certificate stays in use.\n"));
+  EXPECT_THAT(relay.console.text(), HasSubstr("Unable to reload, all settings stay: Unable to use the TLS key " +
+                                              options.tls->key.string() + ": key values mismatch\n"));
   std::ofstream(options.tls->certificate) << "no certificate";
-  relay.reloadCertificates();
+  relay.reload();
   EXPECT_EQ(connected(relay).peerName(), "first");
   EXPECT_THAT(relay.console.text(), HasSubstr("Unable to use the TLS certificate "));
 }

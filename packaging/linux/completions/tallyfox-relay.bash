@@ -12,9 +12,11 @@ _tallyfox_relay() {
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       ;;
+    --log-format) mapfile -t COMPREPLY < <(compgen -W "text json" -- "$word") ;;
+    --log-level) mapfile -t COMPREPLY < <(compgen -W "debug info warning error" -- "$word") ;;
     --listen | --trusted-proxy) ;;
     *)
-      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key"
+      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key --log-format --log-level"
       mapfile -t COMPREPLY < <(compgen -W "$options --help --version" -- "$word")
       ;;
   esac

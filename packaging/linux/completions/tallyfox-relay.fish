@@ -6,5 +6,7 @@ complete -c tallyfox-relay -l trusted-proxy -x -d 'A proxy whose word on its cli
 complete -c tallyfox-relay -l page -x -a '(__fish_complete_directories)' -d 'The phone page to serve, or none'
 complete -c tallyfox-relay -l tls-certificate -r -F -d 'Speak TLS with this certificate'
 complete -c tallyfox-relay -l tls-key -r -F -d 'The key of the certificate'
+complete -c tallyfox-relay -l log-format -x -a 'text json' -d 'What a log line is'
+complete -c tallyfox-relay -l log-level -x -a 'debug info warning error' -d 'The least that is logged'
 complete -c tallyfox-relay -l help -d 'Show the options'
 complete -c tallyfox-relay -l version -d 'Show the version'

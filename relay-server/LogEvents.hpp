@@ -1,0 +1,47 @@
+#pragma once
+
+#include "LogEvent.hpp"
+
+/// Everything that the relay logs of its routing. What happens to single requests of strangers is for debugging only,
+/// so that they cannot fill a disk.
+namespace tallyfox::server::log_event {
+
+using enum LogLevel;
+
+inline constexpr LogEvent pairingRegistered{info, "pairing.registered", "Pairing {pairing} registered."};
+inline constexpr LogEvent pairingRenewed{info, "pairing.registered-again", "Pairing {pairing} registered again."};
+inline constexpr LogEvent pairingRevoked{info, "pairing.revoked", "Pairing {pairing} revoked by its owner."};
+
+inline constexpr LogEvent agentConnected{info, "agent.connected", "Agent of pairing {pairing} connected."};
+inline constexpr LogEvent agentDisconnected{info, "agent.disconnected", "Agent of pairing {pairing} disconnected."};
+inline constexpr LogEvent agentFrameMalformed{warning, "agent.malformed",
+                                              "Unable to decode a frame of the agent of pairing {pairing}: {reason}"};
+
+inline constexpr LogEvent phoneConnected{info, "phone.connected", "Phone {device} of pairing {pairing} connected."};
+inline constexpr LogEvent phoneDisconnected{info, "phone.disconnected",
+                                            "Phone {device} of pairing {pairing} disconnected."};
+inline constexpr LogEvent phoneRefused{info, "phone.refused",
+                                       "Phone {device} of pairing {pairing} refused with {code}."};
+inline constexpr LogEvent phoneLeft{info, "phone.left", "Phone {device} left pairing {pairing}."};
+inline constexpr LogEvent phoneUnpaired{info, "phone.unpaired",
+                                        "Phone {device} of pairing {pairing} unpaired by its owner."};
+inline constexpr LogEvent phoneFrameMalformed{
+    warning, "phone.malformed", "Unable to decode a frame of phone {device} of pairing {pairing}: {reason}"};
+inline constexpr LogEvent helloMalformed{info, "hello.malformed", "A phone's hello is malformed: {reason}"};
+inline constexpr LogEvent undeliverable{info, "decision.undeliverable",
+                                        "A decision of phone {device} found no agent of pairing {pairing}."};
+
+inline constexpr LogEvent requestRefused{debug, "request.refused", "A request of {network} got {status}."};
+inline constexpr LogEvent connectionFailed{error, "connection.failed", "A connection failed unexpectedly."};
+inline constexpr LogEvent acceptFailed{error, "accept.failed", "Unable to accept a connection: {reason}"};
+
+inline constexpr LogEvent storageFailed{error, "storage.failed", "Unable to {task}: {reason}"};
+inline constexpr LogEvent storageFailedFor{error, "storage.failed", "Unable to {task} of pairing {pairing}: {reason}"};
+
+inline constexpr LogEvent reloaded{info, "relay.reloaded", "Settings reloaded."};
+inline constexpr LogEvent reloadRefused{error, "relay.reload-failed", "Unable to reload, all settings stay: {reason}"};
+inline constexpr LogEvent certificateRead{info, "certificate.read", "TLS certificate read again."};
+inline constexpr LogEvent certificateWarning{warning, "certificate.warning", "{reason}"};
+inline constexpr LogEvent stopping{info, "relay.stopping", "Tallyfox relay stopping."};
+
+}  // namespace tallyfox::server::log_event
