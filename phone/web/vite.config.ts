@@ -53,5 +53,5 @@ export default defineConfig({
     modulePreload: { polyfill: false },
   },
   plugins: [serviceWorker(outDir)],
-  test: { include: ['test/**/*.test.ts'] },
+  test: { include: ['test/**/*.test.ts'], setupFiles: ['test/setup.js'], testTimeout: 60_000 },
 } as Parameters<typeof defineConfig>[0]);

@@ -1,5 +1,5 @@
 // Hello and welcome, every close code, waiting longer and longer, and never coming back unasked where that is forbidden.
-import { beforeEach, describe, expect, it, vi } from 'vitest';
+import { beforeEach, describe, expect, it } from 'vitest';
 import { reconnectDelay } from '../src/core/backoff';
 import { Connection, type ConnectionState } from '../src/core/Connection';
 import type { IncomingMessage } from '../src/core/messages';
@@ -31,10 +31,15 @@ beforeEach(() => {
   );
 });
 
+function promisesKept(): Promise<void> {
+  return new Promise((resolve) => setTimeout(resolve, 0));
+}
+
 async function connected(): Promise<void> {
   connection.start();
   sockets.last.open();
-  await vi.waitFor(() => expect(sockets.last.sent).toHaveLength(1));
+  await promisesKept();
+  expect(sockets.last.sent).toHaveLength(1);
   sockets.last.welcome();
 }
 
@@ -82,6 +87,8 @@ describe('a connection', () => {
   it.each([
     [4000, 'takenOver'],
     [4400, 'notUnderstood'],
+    [1002, 'notUnderstood'],
+    [1007, 'notUnderstood'],
     [1009, 'notUnderstood'],
     [4401, 'wrongSecret'],
     [4410, 'unpaired'],
@@ -183,7 +190,8 @@ describe('a connection', () => {
     hello = () => Promise.reject(new Error('no key'));
     connection.start();
     sockets.last.open();
-    await vi.waitFor(() => expect(connection.state).toEqual({ kind: 'stopped', reason: 'wrongSecret' }));
+    await promisesKept();
+    expect(connection.state).toEqual({ kind: 'stopped', reason: 'wrongSecret' });
   });
 
   it('drops messages that come before the welcome', () => {

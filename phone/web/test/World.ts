@@ -75,9 +75,8 @@ export class World {
   async greeted(): Promise<FakeSocket> {
     const socket = this.sockets.last;
     socket.open();
-    await vi.waitFor(() => {
-      if (socket.ofType('phone.hello').length === 0) throw new Error('no hello yet');
-    });
+    await settled();
+    if (socket.ofType('phone.hello').length === 0) throw new Error('There was no hello.');
     return socket;
   }
 
@@ -117,11 +116,9 @@ export class World {
 
   /// The last frame of a type, with what is sealed in it.
   async lastSent(socket: FakeSocket, type: string, code = someCode()) {
-    const frame = await vi.waitFor(() => {
-      const last = socket.ofType(type).at(-1);
-      if (!last) throw new Error(`no ${type} yet`);
-      return last;
-    });
+    await settled();
+    const frame = socket.ofType(type).at(-1);
+    if (!frame) throw new Error(`There was no ${type}.`);
     const payload = frame['encryptedRequest'] ?? frame['encryptedSuppression'];
     const plaintext = await opened(payload as never, await sealingKey(code.e2eSecret));
     return { frame, plaintext, decisionID: frame['decisionID'] as string };

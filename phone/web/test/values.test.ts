@@ -65,7 +65,10 @@ describe('base64', () => {
       expect(base64Decoded(base64Encoded(bytes))).toEqual(bytes);
     }
     const large = new Uint8Array(300_001).fill(0xa5);
-    expect(base64Decoded(base64Encoded(large))).toEqual(large);
+    const text = base64Encoded(large);
+    expect(text).toHaveLength(400_004);
+    const read = base64Decoded(text);
+    expect(read?.length === large.length && read.every((byte) => byte === 0xa5)).toBe(true);
   });
   it.each(['A', 'AA', 'AAA', 'AA=A', '====', 'A===', 'AB==', 'AAB=', 'AA-_', 'AAAA\n', ' AAAA', 'ÄAAA', 'AAAA===='])(
     'refuses %j',

@@ -3,10 +3,21 @@ import { describe, expect, it } from 'vitest';
 import vectors from '../../../docs/relay-protocol-vectors.json';
 import { decodedApprovals } from '../src/core/approval';
 import { base64Decoded, base64Encoded } from '../src/core/base64';
-import { decodedMessage, decodedResult, requestPlaintext, suppressionPlaintext } from '../src/core/messages';
+import { isDeny } from '../src/core/labels';
+import {
+  decodedMessage,
+  decodedResult,
+  helloText,
+  leaveText,
+  pushSubscribeText,
+  pushUnsubscribeText,
+  requestPlaintext,
+  suppressionPlaintext,
+} from '../src/core/messages';
 import { readPairingCode } from '../src/core/pairingCode';
 import { decodedSealedPayload, opened, sealed, sealingKey } from '../src/core/sealing';
 import { trimmed } from '../src/core/text';
+import { encodedDate } from '../src/core/values';
 
 function hex(bytes: Uint8Array): string {
   return [...bytes].map((byte) => byte.toString(16).padStart(2, '0')).join('');
@@ -45,6 +56,32 @@ describe('protocol vectors', () => {
     expect(readPairingCode(text)).toEqual({ code });
   });
 
+  it.each(vectors.pairingCodesThatAreRefused)('refuses a pairing code: $why', ({ text }) => {
+    expect(readPairingCode(text)).toHaveProperty('problem');
+  });
+
+  it.each(vectors.hellos)('says hello as $deviceName', (hello) => {
+    // A phone writes its platform always, and what it does not know never.
+    const { tomorrow: _, ...known } = { tomorrow: undefined, ...hello };
+    const platform = hello.platform ?? 'web';
+    expect(JSON.parse(helloText({ ...known, platform }))).toEqual({ ...known, platform });
+  });
+
+  it('writes the frames that are not sealed', () => {
+    const [leave, subscribe, unsubscribe] = vectors.phoneFrames;
+    expect(JSON.parse(leaveText)).toEqual(leave);
+    expect(JSON.parse(pushSubscribeText(subscribe?.endpoint ?? ''))).toEqual(subscribe);
+    expect(JSON.parse(pushUnsubscribeText)).toEqual(unsubscribe);
+  });
+
+  it.each(vectors.relayFrames)('reads $type of the relay', (frame) => {
+    expect(decodedMessage(JSON.stringify(frame))).toEqual(frame);
+  });
+
+  it.each(vectors.denies)('knows whether $label is a deny', ({ label, isDeny: expected }) => {
+    expect(isDeny(label)).toBe(expected);
+  });
+
   it.each(vectors.frames)('reads $name', async ({ frame, secret, sealedMember, plaintext }) => {
     const payload = decodedSealedPayload((frame as Record<string, unknown>)[sealedMember]);
     const text = await opened(payload, await sealingKey(secret));
@@ -52,7 +89,15 @@ describe('protocol vectors', () => {
     const message = decodedMessage(JSON.stringify(frame));
     if (frame.type === 'mac.snapshot') {
       expect(message).toMatchObject({ type: 'mac.snapshot', encryptedApprovals: payload });
-      expect(decodedApprovals(text)).toEqual(JSON.parse(plaintext));
+      const shown = decodedApprovals(text);
+      const sent = JSON.parse(plaintext) as Record<string, unknown>[];
+      expect(shown).toHaveLength(sent.length);
+      shown.forEach((approval, at) => {
+        const { detectedAt, buttons, ...rest } = approval;
+        expect(sent[at]).toMatchObject(rest);
+        expect(encodedDate(detectedAt)).toBe(sent[at]?.['detectedAt']);
+        expect(sent[at]?.['buttons']).toMatchObject(buttons);
+      });
     } else if (frame.type === 'approval.result') {
       expect(message).toEqual({ type: frame.type, decisionID: frame.decisionID, encryptedResult: payload });
       expect(decodedResult(text)).toEqual(JSON.parse(plaintext));

@@ -37,6 +37,8 @@ export function closingFor(code: number, left: boolean): Closing {
       return stop('takenOver');
     case 4008:
       return wait('tooSlow');
+    case 1002:
+    case 1007:
     case 1009:
     case 4400:
       return stop('notUnderstood');

@@ -16,6 +16,8 @@ export interface Messages {
   readonly product: string;
   readonly titleWaiting: (count: number) => string;
   readonly waiting: (count: number) => string;
+  /// The same where there is little room.
+  readonly waitingShort: (count: number) => string;
   readonly loading: string;
 
   readonly home: {

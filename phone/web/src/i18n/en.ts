@@ -13,6 +13,7 @@ export const english: Messages = {
   product: 'Tallyfox',
   titleWaiting: (count) => (count === 0 ? 'Tallyfox' : `(${count}) Tallyfox`),
   waiting: (count) => (count === 0 ? 'Nothing is waiting' : `${approvals(count)} waiting`),
+  waitingShort: (count) => `${count} waiting`,
   loading: 'One moment …',
 
   home: {

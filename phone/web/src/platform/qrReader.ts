@@ -2,7 +2,7 @@
 /// when it is first needed.
 export interface QrReader {
   /// Absent when there is no code in it.
-  read(picture: ImageBitmap | HTMLVideoElement): Promise<string | undefined>;
+  read(picture: Picture): Promise<string | undefined>;
 }
 
 interface Detector {
@@ -13,9 +13,13 @@ interface DetectorClass {
   getSupportedFormats(): Promise<string[]>;
 }
 
-/// Pictures are searched at these widths, in pixels: cameras give more than a code needs, and a code that fills little
-/// of a picture needs more of it.
-const searchSizes = [800, 1600];
+/// Cameras and photographs have more pixels than a code needs: the whole picture is searched with its longest side at
+/// each of these.
+const wholeSides = [800, 1600, 3200];
+/// A code that fills little of a large picture is found in a part of it: halves in both directions, overlapping.
+const partOffsets = [0.25, 0, 0.5];
+
+type Picture = ImageBitmap | HTMLVideoElement;
 
 async function nativeDetector(): Promise<Detector | undefined> {
   const { BarcodeDetector } = globalThis as { BarcodeDetector?: DetectorClass };
@@ -28,12 +32,31 @@ async function nativeDetector(): Promise<Detector | undefined> {
   return undefined;
 }
 
-function sizeOf(picture: ImageBitmap | HTMLVideoElement): [number, number] {
+function sizeOf(picture: Picture): [number, number] {
   return 'videoWidth' in picture ? [picture.videoWidth, picture.videoHeight] : [picture.width, picture.height];
 }
 
-function pixels(picture: ImageBitmap | HTMLVideoElement, longestSide: number): ImageData | undefined {
+interface Part {
+  readonly left: number;
+  readonly top: number;
+  readonly width: number;
+  readonly height: number;
+  readonly longestSide: number;
+}
+
+/// Where to look, the likeliest first. Of a film only little, since the next picture comes soon.
+function partsOf(picture: Picture): Part[] {
   const [width, height] = sizeOf(picture);
+  const whole = { left: 0, top: 0, width, height };
+  const half = { width: width / 2, height: height / 2, longestSide: Math.max(width, height) };
+  const middle = { left: width / 4, top: height / 4, ...half };
+  if ('videoWidth' in picture) return [{ ...whole, longestSide: 800 }, middle];
+  const sides = wholeSides.filter((side, at) => at === 0 || Math.max(width, height) > (wholeSides[at - 1] ?? side));
+  const corners = partOffsets.flatMap((x) => partOffsets.map((y) => ({ left: x * width, top: y * height, ...half })));
+  return [...sides.map((longestSide) => ({ ...whole, longestSide })), ...corners];
+}
+
+function pixels(picture: Picture, { left, top, width, height, longestSide }: Part): ImageData | undefined {
   const scale = Math.min(1, longestSide / Math.max(width, height));
   const canvas = document.createElement('canvas');
   canvas.width = Math.round(width * scale);
@@ -43,22 +66,19 @@ function pixels(picture: ImageBitmap | HTMLVideoElement, longestSide: number): I
   // Transparent pictures are read as if they lay on white paper.
   context.fillStyle = 'white';
   context.fillRect(0, 0, canvas.width, canvas.height);
-  context.drawImage(picture, 0, 0, canvas.width, canvas.height);
+  context.drawImage(picture, left, top, width, height, 0, 0, canvas.width, canvas.height);
   return context.getImageData(0, 0, canvas.width, canvas.height);
 }
 
-async function readWithLibrary(picture: ImageBitmap | HTMLVideoElement): Promise<string | undefined> {
+async function readWithLibrary(picture: Picture): Promise<string | undefined> {
   const { decodeQR } = await import('qr/decode.js');
-  const [width, height] = sizeOf(picture);
-  for (const size of searchSizes) {
-    const image = pixels(picture, size);
-    if (!image) return undefined;
+  for (const part of partsOf(picture)) {
+    const image = pixels(picture, part);
     try {
-      return decodeQR(image);
+      if (image) return decodeQR(image);
     } catch {
       // It throws where there is no code.
     }
-    if (Math.max(width, height) <= size) break;
   }
   return undefined;
 }

@@ -78,7 +78,10 @@ function PageHeader({ phone, messages, route, go }: AppProps) {
       </h1>
       {hasComputers && (
         <>
-          <p class={phone.waitingCount > 0 ? 'count some' : 'count'}>{messages.waiting(phone.waitingCount)}</p>
+          <p class={phone.waitingCount > 0 ? 'count some' : 'count'}>
+            <span aria-hidden="true">{messages.waitingShort(phone.waitingCount)}</span>
+            <span class="unseen">{messages.waiting(phone.waitingCount)}</span>
+          </p>
           <button type="button" class="icon-button" aria-label={messages.home.pairComputer} onClick={() => go('pair')}>
             <PlusIcon />
           </button>
