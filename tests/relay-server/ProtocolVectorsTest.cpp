@@ -6,6 +6,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "PhoneFrames.hpp"
+#include "PhoneHello.hpp"
 #include "base/Crypto.hpp"
 #include "base/Encoding.hpp"
 #include "model/PendingApproval.hpp"
@@ -103,6 +105,43 @@ TEST(ProtocolVectors, pairingCodeIsReadAndWrittenAlike) {
                                       .relaySecret = vector.at("relaySecret"),
                                       .e2eSecret = vector.at("e2eSecret")}));
   EXPECT_EQ(payload->encoded(), text);
+}
+
+TEST(ProtocolVectors, spoiledPairingCodesAreRefused) {
+  for (const Json& each : cases("pairingCodesThatAreRefused")) {
+    const auto json = parsedJson(each.at("text").get<std::string>());
+    EXPECT_FALSE(json && PairingPayload::decoded(*json)) << each.at("why");
+  }
+}
+
+TEST(ProtocolVectors, hellosAreRead) {
+  for (const Json& each : cases("hellos")) {
+    const auto hello = PhoneHello::decoded(jsonText(each));
+    ASSERT_TRUE(hello) << hello.error().description;
+    EXPECT_EQ(hello->pairingID, each.at("pairingID").get<std::string>());
+    EXPECT_EQ(hello->relaySecret, each.at("relaySecret").get<std::string>());
+    EXPECT_EQ(hello->deviceID, each.at("deviceID").get<std::string>());
+    EXPECT_EQ(hello->deviceName, each.at("deviceName").get<std::string>());
+    EXPECT_EQ(hello->platform.has_value(), each.contains("platform") && each.at("platform").is_string());
+  }
+}
+
+TEST(ProtocolVectors, spoiledHellosAreRefused) {
+  for (const Json& each : cases("hellosThatAreRefused"))
+    EXPECT_FALSE(PhoneHello::decoded(jsonText(each.at("frame")))) << each.at("why");
+}
+
+TEST(ProtocolVectors, relayFramesAreWrittenAlike) {
+  const std::vector<Frame> written = {relayWelcome(true),
+                                      relayWelcome(false),
+                                      agentStatus(true),
+                                      agentStatus(false),
+                                      decisionUndeliverable("decision-1"),
+                                      phoneUnpaired()};
+  const Json& frames = cases("relayFrames");
+  ASSERT_EQ(frames.size(), written.size());
+  for (std::size_t at = 0; at < written.size(); ++at)
+    EXPECT_EQ(nlohmann::json(Json::parse(*written[at])), nlohmann::json(frames[at]));
 }
 
 /// The frame decoded as its record and encoded again, and the sealed part of the record.
