@@ -6,6 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
+#include "base/Json.hpp"
+
 namespace tallyfox {
 namespace {
 
@@ -52,6 +57,19 @@ TEST(DialogButtonSemantics, takesLaterForACancelActionButNoSafeDismissal) {
   for (const char* label : {"Later", "Skip"}) {
     EXPECT_TRUE(Semantics::cancelActionLabels().contains(Semantics::normalized(label)));
     EXPECT_FALSE(Semantics::safeDismissalLabels().contains(Semantics::normalized(label)));
+  }
+}
+
+// Phones tell by the same rule which buttons they may offer.
+TEST(DialogButtonSemantics, takesForADenyWhatTheRelaysProtocolSays) {
+  std::ifstream file(TALLYFOX_SOURCE_DIR "/docs/relay-protocol-vectors.json");
+  const Json vectors = Json::parse(std::string(std::istreambuf_iterator<char>(file), {}));
+  const Json& denies = vectors.at("denies");
+  ASSERT_FALSE(denies.empty());
+  for (const Json& each : denies) {
+    const std::string label = each.at("label");
+    EXPECT_EQ(Semantics::cancelActionLabels().contains(Semantics::normalized(label)), each.at("isDeny").get<bool>())
+        << label;
   }
 }
 
