@@ -1,4 +1,5 @@
 import { createHash } from 'node:crypto';
+import { readFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 import { build, defineConfig, type Plugin } from 'vite';
 
@@ -17,6 +18,7 @@ function serviceWorker(outDir: string): Plugin {
       const hash = createHash('sha256');
       files = [...Object.keys(bundle).filter((file) => file !== 'index.html').map((file) => `/${file}`), ...publicShell];
       for (const output of Object.values(bundle)) hash.update(output.type === 'chunk' ? output.code : output.source);
+      for (const file of publicShell) hash.update(readFileSync(new URL(`public${file}`, import.meta.url)));
       version = hash.digest('hex').slice(0, 16);
     },
     async closeBundle() {

@@ -8,7 +8,10 @@ import { browserClock, loadPageConfig, openBrowserSocket, platformName, randomUu
 import { IndexedDbVault } from './platform/IndexedDbVault';
 import { registerServiceWorker } from './platform/serviceWorker';
 import { webPush } from './platform/webPush';
-import './style.css';
+import './style/base.css';
+import './style/cards.css';
+import './style/controls.css';
+import './style/preferences.css';
 import { App } from './views/App';
 import type { Route } from './views/context';
 import { UnableView } from './views/UnableView';
@@ -22,6 +25,7 @@ const doubtTime = 30_000;
 class PageHost {
   private announced = { text: '', number: 0 };
   private update: (() => void) | undefined;
+  private hasFailed = false;
   private isDue = false;
   private seenAt = Date.now();
   private readonly phone: Phone;
@@ -59,6 +63,10 @@ class PageHost {
   }
 
   async start(): Promise<void> {
+    addEventListener('unhandledrejection', () => {
+      this.hasFailed = true;
+      this.draw();
+    });
     addEventListener('hashchange', () => this.draw());
     addEventListener('online', () => this.phone.wake(true));
     document.addEventListener('visibilitychange', () => this.look());
@@ -104,14 +112,14 @@ class PageHost {
     this.isDue = true;
     queueMicrotask(() => {
       this.isDue = false;
-      const { phone, taps, messages, announced, update, route } = this;
+      const { phone, taps, messages, announced, update, hasFailed, route } = this;
       const count = phone.waitingCount;
       document.title = messages.titleWaiting(count);
       void (count > 0 ? navigator.setAppBadge?.(count) : navigator.clearAppBadge?.())?.catch(() => undefined);
       const go = (next: Route) => this.go(next);
       const announce = (text: string) => this.announce(text);
       const now = Date.now();
-      render(<App {...{ phone, taps, messages, announced, update, route, go, announce, now }} />, this.root);
+      render(<App {...{ phone, taps, messages, announced, update, hasFailed, route, go, announce, now }} />, this.root);
     });
   }
 }

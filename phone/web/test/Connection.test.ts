@@ -85,6 +85,7 @@ describe('a connection', () => {
   );
 
   it.each([
+    [1000, 'left'],
     [4000, 'takenOver'],
     [4400, 'notUnderstood'],
     [1002, 'notUnderstood'],
@@ -109,7 +110,6 @@ describe('a connection', () => {
   it.each([
     [1001, 'relayStopped', 1_000],
     [1006, 'lost', 1_000],
-    [1000, 'lost', 1_000],
     [1005, 'lost', 1_000],
     [1011, 'relayTrouble', 6_000],
     [1013, 'relayBusy', 10_000],

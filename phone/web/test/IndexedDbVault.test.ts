@@ -1,6 +1,6 @@
 // The browser's database: what is put in comes out after a restart, keys as keys, and one device key for all tabs.
 import { IDBFactory } from 'fake-indexeddb';
-import { beforeEach, describe, expect, it } from 'vitest';
+import { afterEach, beforeEach, describe, expect, it } from 'vitest';
 import { opened, sealed, sealingKey } from '../src/core/sealing';
 import type { PairingRecord } from '../src/core/vault';
 import { IndexedDbVault } from '../src/platform/IndexedDbVault';
@@ -12,6 +12,8 @@ beforeEach(async () => {
   factory = new IDBFactory();
   vault = await IndexedDbVault.opened(factory);
 });
+
+afterEach(() => vault.close());
 
 async function someRecord(pairingID: string): Promise<PairingRecord> {
   return {
@@ -62,6 +64,17 @@ describe('the database', () => {
     const keys = await Promise.all([vault.deviceKey(), other.deviceKey(), vault.deviceKey(), other.deviceKey()]);
     const payload = await sealed('x', keys[0]);
     for (const key of keys) expect(await opened(payload, key)).toBe('x');
+    other.close();
+  });
+
+  it('tells other tabs of what is written, and never its own', async () => {
+    const other = await IndexedDbVault.opened(factory);
+    vault.onForeignChange(() => expect.fail('It told itself.'));
+    const told = new Promise<void>((resolve) => other.onForeignChange(resolve));
+    await vault.saveSettings({ phoneName: 'Kim', notifications: false });
+    await told;
+    expect((await other.settings())?.phoneName).toBe('Kim');
+    other.close();
   });
 
   it('says when it cannot be opened', async () => {

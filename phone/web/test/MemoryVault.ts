@@ -4,6 +4,8 @@ import type { PairingRecord, Settings, Vault } from '../src/core/vault';
 export class MemoryVault implements Vault {
   readonly records = new Map<string, PairingRecord>();
   kept: Settings | undefined;
+  /// As if another tab had written.
+  foreignChange: () => void = () => undefined;
   private key: Promise<CryptoKey> | undefined;
 
   deviceKey(): Promise<CryptoKey> {
@@ -23,6 +25,9 @@ export class MemoryVault implements Vault {
   }
   settings(): Promise<Settings | undefined> {
     return Promise.resolve(this.kept);
+  }
+  onForeignChange(callback: () => void): void {
+    this.foreignChange = callback;
   }
   saveSettings(settings: Settings): Promise<void> {
     this.kept = settings;

@@ -220,6 +220,64 @@ describe('the end of a pairing', () => {
   });
 });
 
+describe('another tab', () => {
+  /// What it stored is here too, as its own copy.
+  async function foreignChange(): Promise<void> {
+    world.vault.foreignChange();
+    await settled();
+  }
+
+  it('pairs a computer: it is here as well', async () => {
+    const other = new World(world.vault);
+    await other.phone.start();
+    await world.newPhone().start();
+    await other.paired();
+    await foreignChange();
+    expect(world.phone.computers.map(({ name }) => name)).toEqual(['Mac']);
+    (await world.greeted()).welcome();
+    expect(world.phone.computers[0]?.canDecide).toBe(true);
+  });
+
+  it('unpairs one: it is gone here, and does not come back', async () => {
+    const { computer, socket } = await world.paired();
+    world.vault.records.clear();
+    await foreignChange();
+    expect(world.phone.computers).toEqual([]);
+    expect(socket.isClosed).toBe(true);
+    await world.phone.renameComputer(computer, 'Ghost');
+    world.clock.advance(3_600_000);
+    expect([world.vault.records.size, world.sockets.all.length]).toEqual([0, 1]);
+  });
+
+  it('renames one, or the phone: the connection stays', async () => {
+    const { computer, socket } = await world.paired();
+    world.vault.records.set(computer.id, { ...computer.record, computerName: 'Studio' });
+    world.vault.kept = { phoneName: 'Other', notifications: false };
+    await foreignChange();
+    expect([computer.name, world.phone.settings.phoneName]).toEqual(['Studio', 'Other']);
+    expect([world.phone.computers[0], socket.isClosed]).toEqual([computer, false]);
+  });
+
+  it('learns that a pairing has ended: nothing connects any more', async () => {
+    const { computer, socket } = await world.paired();
+    const { secrets: _, ...ended } = computer.record;
+    world.vault.records.set(computer.id, ended);
+    await foreignChange();
+    expect(socket.isClosed).toBe(true);
+    expect(world.phone.computers.map(({ record }) => record)).toEqual([ended]);
+    world.clock.advance(3_600_000);
+    expect(world.sockets.all).toHaveLength(1);
+  });
+
+  it('leaves the pairing, and the relay closes this one: it is removed, not paired again', async () => {
+    const { socket } = await world.paired();
+    socket.end(1000);
+    await settled();
+    world.clock.advance(3_600_000);
+    expect([world.phone.computers.length, world.vault.records.size, world.sockets.all.length]).toEqual([0, 0, 1]);
+  });
+});
+
 describe('waking', () => {
   it('tries at once where the phone was waiting', async () => {
     const { socket } = await world.paired();

@@ -127,16 +127,9 @@ export class Computer {
 
   /// Reads what is muted, then connects; a pairing without secrets has ended and stays as it is.
   async start(): Promise<void> {
-    const { secrets, mutedDialogs } = this.stored;
-    if (!secrets) return;
-    if (mutedDialogs) {
-      try {
-        this.list = decodedMutedDialogs(await opened(mutedDialogs, secrets.sealingKey));
-      } catch {
-        this.list = [];
-      }
-    }
-    this.connection.start();
+    if (!this.stored.secrets) return;
+    await this.readMuted();
+    if (!this.isRemoved) this.connection.start();
   }
 
   connectAgain(): void {
@@ -157,6 +150,16 @@ export class Computer {
   }
   send(text: string): boolean {
     return this.connection.send(text);
+  }
+
+  /// What another tab wrote. False when it is a pairing of its own, to be begun anew.
+  async adopt(record: PairingRecord): Promise<boolean> {
+    const isSame = record.deviceID === this.stored.deviceID && !record.secrets === !this.stored.secrets;
+    if (!isSame) return false;
+    this.stored = { ...record, ...(this.stored.secrets && { secrets: this.stored.secrets }) };
+    await this.readMuted();
+    this.events.onChange();
+    return true;
   }
 
   async rename(computerName: string): Promise<void> {
@@ -214,6 +217,16 @@ export class Computer {
     this.setMuted(withoutMuted(this.list, suppressionID));
     const takeBack = () => this.setMuted(withMuted(this.list, muted));
     void this.sendSuppression({ action: 'unsuppress', suppressionID }, this.newDecisionID(), takeBack);
+  }
+
+  private async readMuted(): Promise<void> {
+    const { secrets, mutedDialogs } = this.stored;
+    if (!secrets) return;
+    try {
+      this.list = mutedDialogs ? decodedMutedDialogs(await opened(mutedDialogs, secrets.sealingKey)) : [];
+    } catch {
+      this.list = [];
+    }
   }
 
   private async hello(): Promise<string> {

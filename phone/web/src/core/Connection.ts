@@ -168,15 +168,11 @@ export class Connection {
   }
 
   private closed(code: number): void {
-    const left = this.leaving;
     const held = this.welcomedAt !== undefined && this.ports.clock.now() - this.welcomedAt >= steadyTime;
-    const closing = closingFor(code, left);
+    // Who asked to leave has left, however the socket ended.
+    const closing = closingFor(this.leaving ? 1000 : code);
     if (closing.kind === 'stop') {
       this.stopFor(closing.reason);
-      return;
-    }
-    if (left) {
-      this.stopFor('left');
       return;
     }
     this.drop();

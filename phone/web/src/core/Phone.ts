@@ -94,6 +94,7 @@ export class Phone {
     const records = await vault.pairings();
     this.list = records.sort((one, other) => one.pairedAt - other.pairedAt).map((record) => this.computerFor(record));
     this.loaded = true;
+    vault.onForeignChange(() => void this.follow());
     this.events.onChange();
     await Promise.all(this.list.map((computer) => computer.start()));
     await this.notifications.start(this.kept.notifications);
@@ -155,6 +156,28 @@ export class Phone {
       if (refresh) computer.refreshConnection();
       else if (computer.connectionState.kind === 'waiting') computer.connectAgain();
     }
+  }
+
+  /// Another tab of this browser changed what is stored.
+  private async follow(): Promise<void> {
+    const { vault } = this.ports;
+    this.kept = (await vault.settings()) ?? this.kept;
+    const records = (await vault.pairings()).sort((one, other) => one.pairedAt - other.pairedAt);
+    const former = this.list;
+    const begun: Computer[] = [];
+    const list = await Promise.all(
+      records.map(async (record) => {
+        const known = former.find((computer) => computer.id === record.pairingID);
+        if (known && (await known.adopt(record))) return known;
+        const computer = this.computerFor(record);
+        begun.push(computer);
+        return computer;
+      }),
+    );
+    former.filter((computer) => !list.includes(computer)).forEach((computer) => computer.stop());
+    this.list = list;
+    this.events.onChange();
+    await Promise.all(begun.map((computer) => computer.start()));
   }
 
   private computerFor(record: PairingRecord): Computer {

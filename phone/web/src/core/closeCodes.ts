@@ -22,11 +22,12 @@ const wait = (cause: WaitCause, leastDelay = 0): Closing => ({ kind: 'wait', cau
 const busyDelay = 5_000;
 const troubleDelay = 3_000;
 
-/// What a close code asks of a phone; docs/relay-protocol.md, "Close codes". `left` is whether this phone asked to leave.
-export function closingFor(code: number, left: boolean): Closing {
+/// What a close code asks of a phone; docs/relay-protocol.md, "Close codes".
+export function closingFor(code: number): Closing {
   switch (code) {
     case 1000:
-      return left ? stop('left') : wait('lost');
+      // Perhaps asked for by another tab: coming back would pair the phone again.
+      return stop('left');
     case 1001:
       return wait('relayStopped');
     case 1011:

@@ -35,4 +35,6 @@ export interface Vault {
   removePairing(pairingID: string): Promise<void>;
   settings(): Promise<Settings | undefined>;
   saveSettings(settings: Settings): Promise<void>;
+  /// Calls back when another tab of this browser wrote something.
+  onForeignChange(callback: () => void): void;
 }

@@ -32,6 +32,7 @@ export interface Messages {
     readonly nothingKnown: string;
     readonly reload: string;
     readonly updateReady: string;
+    readonly failed: string;
   };
 
   readonly unable: Record<'insecureTitle' | 'insecureText' | 'storageTitle' | 'storageText', string>;

@@ -33,6 +33,7 @@ export const english: Messages = {
     nothingKnown: 'No list has arrived yet.',
     reload: 'Reload',
     updateReady: 'A new version of this page is ready.',
+    failed: 'Something went wrong in this page. What you did last may not have been kept.',
   },
 
   unable: {

@@ -22,7 +22,15 @@ function committed(transaction: IDBTransaction): Promise<void> {
 
 /// The browser's database of this origin. Keys are kept as CryptoKey objects, which scripts can use and never read.
 export class IndexedDbVault implements Vault {
-  private constructor(private readonly database: IDBDatabase) {}
+  /// Joins the tabs of this browser.
+  private readonly channel: BroadcastChannel;
+
+  private constructor(
+    private readonly database: IDBDatabase,
+    name: string,
+  ) {
+    this.channel = new BroadcastChannel(name);
+  }
 
   /// Throws where the browser keeps nothing for the page.
   static async opened(factory: IDBFactory, name = 'tallyfox'): Promise<IndexedDbVault> {
@@ -34,7 +42,7 @@ export class IndexedDbVault implements Vault {
     const database = await finished(request);
     // A later version of the page in another tab must not wait for this one.
     database.onversionchange = () => database.close();
-    return new IndexedDbVault(database);
+    return new IndexedDbVault(database, name);
   }
 
   async deviceKey(): Promise<CryptoKey> {
@@ -70,7 +78,12 @@ export class IndexedDbVault implements Vault {
     return this.write(valuesStore, (store) => store.put(settings, settingsName));
   }
 
+  onForeignChange(callback: () => void): void {
+    this.channel.onmessage = callback;
+  }
+
   close(): void {
+    this.channel.close();
     this.database.close();
   }
 
@@ -82,5 +95,6 @@ export class IndexedDbVault implements Vault {
     const transaction = this.database.transaction(storeName, 'readwrite');
     change(transaction.objectStore(storeName));
     await committed(transaction);
+    this.channel.postMessage('changed');
   }
 }

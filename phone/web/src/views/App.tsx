@@ -2,7 +2,7 @@ import { useEffect, useRef, useState } from 'preact/hooks';
 import type { Phone } from '../core/Phone';
 import type { TapGuard } from '../core/TapGuard';
 import type { Messages } from '../i18n/Messages';
-import { Page, type Route } from './context';
+import { Page, usePage, type Route } from './context';
 import { HomeView } from './HomeView';
 import { BackIcon, GearIcon, PlusIcon } from './icons';
 import { PairView } from './PairView';
@@ -20,22 +20,18 @@ export interface AppProps {
   readonly announced: { readonly text: string; readonly number: number };
   /// Set when a new version of the page waits.
   readonly update: (() => void) | undefined;
+  /// Something went wrong that nobody handled, such as a database that is full.
+  readonly hasFailed: boolean;
 }
 
 export function App(props: AppProps) {
-  const { phone, messages, route, go, announced, update } = props;
+  const { phone, messages, route, go, announced, update, hasFailed } = props;
   return (
     <Page.Provider value={props}>
       <PageHeader {...props} />
-      <main class={`page ${route}`}>
-        {update && (
-          <div class="notice row">
-            <span>{messages.home.updateReady}</span>
-            <button type="button" class="quiet" onClick={update}>
-              {messages.home.reload}
-            </button>
-          </div>
-        )}
+      <main class={`page ${route}`} tabIndex={-1}>
+        {update && <ReloadNotice text={messages.home.updateReady} onReload={update} />}
+        {hasFailed && <ReloadNotice text={messages.home.failed} onReload={() => location.reload()} />}
         {route === 'home' && <HomeView />}
         {route === 'pair' && phone.isReady && <PairView />}
         {route === 'settings' && phone.isReady && <SettingsView />}
@@ -45,6 +41,18 @@ export function App(props: AppProps) {
       </div>
       {route !== 'home' && <BackOnEscape onBack={() => go('home')} />}
     </Page.Provider>
+  );
+}
+
+function ReloadNotice({ text, onReload }: { readonly text: string; readonly onReload: () => void }) {
+  const { messages } = usePage();
+  return (
+    <div class="notice row">
+      <span>{text}</span>
+      <button type="button" class="quiet" onClick={onReload}>
+        {messages.home.reload}
+      </button>
+    </div>
   );
 }
 

@@ -6,6 +6,7 @@ import { normalizedLabel } from '../core/text';
 import { ageText, endText, noteText } from '../i18n/wording';
 import { usePage } from './context';
 import { CheckIcon } from './icons';
+import { useKeptFocus } from './keptFocus';
 
 interface Props {
   readonly computer: Computer;
@@ -22,11 +23,15 @@ export function ApprovalCard({ computer, card }: Props) {
   const { messages, now, taps } = usePage();
   const { approval, phase, note } = card;
   const headingID = partID(computer, card, 'heading');
+  const article = useRef<HTMLElement>(null);
+  useKeptFocus(article);
   useLayoutEffect(() => () => taps.gone(approval.id), [approval.id]);
   const heading = messages.card.heading(approval.appName, approval.windowTitle);
   const isOver = phase.kind === 'ended' || phase.kind === 'suppressing';
   return (
     <article
+      ref={article}
+      tabIndex={-1}
       class={`card ${isOver ? 'over' : ''}`}
       aria-labelledby={headingID}
       data-settled={taps.accepts(approval.id)}

@@ -25,15 +25,13 @@ function CodeInput({ read, onRead }: CodeInputProps) {
   const { pairing } = messages;
   const [isScanning, setScanning] = useState(false);
   const [problem, setProblem] = useState<string>();
-  const [text, setText] = useState('');
 
   const use = (code: string) => {
     setProblem(undefined);
     setScanning(false);
     onRead(phone.readCode(code));
   };
-  const choose = async (file: File | undefined) => {
-    if (!file) return;
+  const choose = async (file: File) => {
     onRead(undefined);
     setProblem(undefined);
     try {
@@ -48,23 +46,10 @@ function CodeInput({ read, onRead }: CodeInputProps) {
     setScanning(false);
     setProblem(why === 'denied' ? pairing.cameraDenied : pairing.noCamera);
   };
-  const trouble = problem ?? (read?.kind === 'problem' ? pairing.problems[read.problem] : undefined);
   return (
     <div class="sheet">
       <p class="lead">{pairing.lead}</p>
-      <div role="alert">
-        {trouble && <p class="notice bad">{trouble}</p>}
-        {read?.kind === 'otherRelay' && (
-          <div class="notice warning">
-            <p>{pairing.otherRelay}</p>
-            <p>
-              <a href={read.address} rel="noopener noreferrer" referrerpolicy="no-referrer">
-                {read.address}
-              </a>
-            </p>
-          </div>
-        )}
-      </div>
+      <CodeTrouble text={problem} read={read} />
       {isScanning ? (
         <CameraScan onText={use} onFailure={cameraFailed} onStop={() => setScanning(false)} />
       ) : (
@@ -81,46 +66,83 @@ function CodeInput({ read, onRead }: CodeInputProps) {
           {pairing.scan}
         </button>
       )}
-      <label class="button wide file">
-        <PictureIcon />
-        {pairing.picture}
-        <input
-          type="file"
-          accept="image/*"
-          onChange={({ currentTarget }) => {
-            const [file] = currentTarget.files ?? [];
-            // The same picture can be chosen again.
-            void choose(file).finally(() => (currentTarget.value = ''));
-          }}
-        />
-      </label>
-      <form
-        class="field"
-        onSubmit={(event) => {
-          event.preventDefault();
-          use(text);
-          // It holds secrets: not kept on the screen longer than it is needed.
-          setText('');
-        }}
-      >
-        <label for="code-text">{pairing.text}</label>
-        <p class="hint" id="code-hint">
-          {pairing.textHint}
-        </p>
-        <textarea
-          id="code-text"
-          aria-describedby="code-hint"
-          rows={3}
-          spellcheck={false}
-          autocomplete="off"
-          autocapitalize="off"
-          value={text}
-          onInput={({ currentTarget }) => setText(currentTarget.value)}
-        />
-        <button type="submit" class="wide">
-          {pairing.useText}
-        </button>
-      </form>
+      <PictureChoice onFile={(file) => void choose(file)} />
+      <TextForm onText={use} />
     </div>
+  );
+}
+
+/// What is wrong with a code, or which other page it belongs to.
+function CodeTrouble({ text, read }: { readonly text: string | undefined; readonly read: ReadCode | undefined }) {
+  const { pairing } = usePage().messages;
+  const trouble = text ?? (read?.kind === 'problem' ? pairing.problems[read.problem] : undefined);
+  return (
+    <div role="alert">
+      {trouble && <p class="notice bad">{trouble}</p>}
+      {read?.kind === 'otherRelay' && (
+        <div class="notice warning">
+          <p>{pairing.otherRelay}</p>
+          <p>
+            <a href={read.address} rel="noopener noreferrer" referrerpolicy="no-referrer">
+              {read.address}
+            </a>
+          </p>
+        </div>
+      )}
+    </div>
+  );
+}
+
+function PictureChoice({ onFile }: { readonly onFile: (file: File) => void }) {
+  const { pairing } = usePage().messages;
+  return (
+    <label class="button wide file">
+      <PictureIcon />
+      {pairing.picture}
+      <input
+        type="file"
+        accept="image/*"
+        onChange={({ currentTarget }) => {
+          const [file] = currentTarget.files ?? [];
+          if (file) onFile(file);
+          // The same picture can be chosen again; the file stays readable.
+          currentTarget.value = '';
+        }}
+      />
+    </label>
+  );
+}
+
+function TextForm({ onText }: { readonly onText: (text: string) => void }) {
+  const { pairing } = usePage().messages;
+  const [text, setText] = useState('');
+  return (
+    <form
+      class="field"
+      onSubmit={(event) => {
+        event.preventDefault();
+        onText(text);
+        // It holds secrets: not kept on the screen longer than it is needed.
+        setText('');
+      }}
+    >
+      <label for="code-text">{pairing.text}</label>
+      <p class="hint" id="code-hint">
+        {pairing.textHint}
+      </p>
+      <textarea
+        id="code-text"
+        aria-describedby="code-hint"
+        rows={3}
+        spellcheck={false}
+        autocomplete="off"
+        autocapitalize="off"
+        value={text}
+        onInput={({ currentTarget }) => setText(currentTarget.value)}
+      />
+      <button type="submit" class="wide">
+        {pairing.useText}
+      </button>
+    </form>
   );
 }
