@@ -1,7 +1,4 @@
-import path from 'node:path';
-
 import { expect, test } from './support/fixtures.ts';
-import { projectFolder } from './support/places.ts';
 
 test.beforeEach(async ({ computer, phone }) => {
   await phone.pairByPaste(await computer.code());
@@ -66,15 +63,7 @@ test('a button that obeys nobody fails with the computer’s reason, and the que
   computer,
   phone,
 }) => {
-  const dialog = await computer.open(
-    '/usr/bin/python3',
-    '-B',
-    path.join(projectFolder, 'tests/desktop/programs/gtk3_dialog.py'),
-    'Stubborn',
-    'Are you sure? This cannot be undone.',
-    'Cancel=press',
-    'Continue=nothing',
-  );
+  const dialog = await computer.obedientDialog('Stubborn', 'Are you sure?', 'Cancel=press', 'Continue=nothing');
   const card = phone.card('Stubborn');
   await phone.answer(card, 'Continue');
   await expect(card).toContainText('Pressing “Continue” …');
@@ -83,4 +72,25 @@ test('a button that obeys nobody fails with the computer’s reason, and the que
   await phone.answer(card, 'Cancel');
   await expect(card).toContainText('Done: “Cancel” was pressed.');
   expect(await dialog.ended()).toBe(10);
+});
+
+test('what a dialog says is shown as it is, whatever it looks like to a browser', async ({ computer, phone }) => {
+  const text = `Erase <img src=x onerror="document.title='Hacked'"> & <script>alert(1)</script>?`;
+  const question = [
+    '--question',
+    '--no-markup',
+    '--title',
+    '<b>Files</b>',
+    '--text',
+    text,
+    '--ok-label',
+    '<i>Erase</i>',
+  ];
+  const dialog = await computer.open('zenity', ...question, '--cancel-label', 'Keep');
+  const card = phone.card('<b>Files</b>');
+  await expect(card.getByText(text, { exact: true })).toBeVisible();
+  expect(await phone.answersOf(card)).toEqual(['Keep', '<i>Erase</i>']);
+  await phone.answer(card, '<i>Erase</i>');
+  await phone.confirm(card, '<i>Erase</i>');
+  expect(await dialog.ended()).toBe(0);
 });

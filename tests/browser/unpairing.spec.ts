@@ -50,3 +50,20 @@ test('a page that was closed when the pairing ended says so when it is opened', 
   await phone.open();
   await expect(phone.text('The computer unpaired this phone, and its keys were deleted here.')).toBeVisible();
 });
+
+test('without a connection the phone forgets its keys all the same, and says what it could not do', async ({
+  computer,
+  phone,
+  world,
+}) => {
+  phone.watch.expect(/WebSocket connection to .* failed/);
+  await phone.pairByPaste(await computer.code());
+  await world.stopRelay();
+  await expect(phone.computer()).toContainText('No connection, trying again');
+  await phone.openSettings();
+  await phone.button('Unpair this phone').click();
+  await expect(phone.page.getByRole('alertdialog')).toContainText('The relay cannot be reached now');
+  await phone.button('Unpair').click();
+  await expect(phone.computer()).toBeHidden();
+  await expect.poll(() => storedRecords(phone.page)).not.toContain('wrappedRelaySecret');
+});

@@ -136,6 +136,12 @@ class World:
         """With what it had stored."""
         self._computer(computer).agent.start()
 
+    def kill_agent(self, computer):
+        """As a crash does."""
+        agent = self._computer(computer).agent.process
+        agent.kill()
+        agent.wait()
+
     def freeze_agent(self, computer):
         """It stays connected and does nothing; what reaches it waits."""
         self._computer(computer).agent.process.send_signal(signal.SIGSTOP)

@@ -62,6 +62,20 @@ describe('answers', () => {
     expect(computer.board.cards[0]?.note).toEqual({ kind: 'notSent' });
   });
 
+  it('whose computer went away are not awaited once it is back', async () => {
+    const [approval, renewed] = [someApproval(), someApproval()];
+    await world.sendList(socket, [approval]);
+    computer.press(approval.id, 'Allow');
+    await settled();
+    socket.receive({ type: 'agent.status', agentConnected: false });
+    socket.receive({ type: 'agent.status', agentConnected: true });
+    await world.sendList(socket, [renewed]);
+    expect(computer.board.cards.map(({ phase }) => phase)).toMatchObject([
+      { kind: 'ended', end: { kind: 'goneUnconfirmed', label: 'Allow' } },
+      { kind: 'open' },
+    ]);
+  });
+
   it('of this phone are its own after the page was loaded anew, those of others are not', async () => {
     const [one, two] = [someApproval(), someApproval()];
     await world.sendList(socket, [one, two]);
@@ -196,6 +210,16 @@ describe('freshness', () => {
     again.welcome();
     expect(computer.freshness).toEqual({ asOf: start + 60_000, isLive: false });
     await world.sendList(again, []);
+    expect(computer.freshness.isLive).toBe(true);
+  });
+
+  it('is not live after the computer came back until its list has come', async () => {
+    await world.sendList(socket, []);
+    socket.receive({ type: 'agent.status', agentConnected: false });
+    world.clock.advance(60_000);
+    socket.receive({ type: 'agent.status', agentConnected: true });
+    expect(computer.freshness).toEqual({ asOf: start, isLive: false });
+    await world.sendList(socket, []);
     expect(computer.freshness.isLive).toBe(true);
   });
 

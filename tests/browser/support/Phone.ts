@@ -72,7 +72,15 @@ export class Phone {
   }
   /** The dialogs of this title, or what became of them. */
   card(title: string): Locator {
-    return this.page.getByRole('article', { name: new RegExp(`: ${title}$`) });
+    return this.page.getByRole('article', { name: new RegExp(`: ${title.replaceAll(/[<>/]/g, '\\$&')}$`) });
+  }
+  /** The dialogs of this title that take answers. */
+  openCard(title: string): Locator {
+    return this.card(title).and(this.page.locator('[data-phase=open]'));
+  }
+  /** This one card, whatever becomes of it and whatever else comes. */
+  async only(card: Locator): Promise<Locator> {
+    return this.page.locator(`article[aria-labelledby="${await card.getAttribute('aria-labelledby')}"]`);
   }
   /** The labels of the dialog's own buttons, in their order. */
   async answersOf(card: Locator): Promise<string[]> {

@@ -1,7 +1,8 @@
 import { type ChildProcess, spawn } from 'node:child_process';
+import path from 'node:path';
 import { createInterface, type Interface } from 'node:readline';
 
-import { buildFolder, servedFolder, worldFolder, worldProgram } from './places.ts';
+import { buildFolder, projectFolder, servedFolder, worldFolder, worldProgram } from './places.ts';
 import { copyServedPage } from './servedPage.ts';
 
 /** What the agent says of itself; more members than are named here. */
@@ -122,6 +123,11 @@ export class Computer {
   askForAccess(what: string): Promise<Dialog> {
     return this.question(what, `Notes would like to access your ${what.toLowerCase()}.`, 'Allow', "Don't Allow");
   }
+  /** A window of a program that does as it is told, which tests/desktop/programs/dialog_program.py says how. */
+  obedientDialog(title: string, text: string, ...buttons: string[]): Promise<Dialog> {
+    const program = path.join(projectFolder, 'tests/desktop/programs/gtk3_dialog.py');
+    return this.open('/usr/bin/python3', '-B', program, title, text, ...buttons);
+  }
   /** A prompt with the title Unlock. */
   password(): Promise<Dialog> {
     return this.open('zenity', '--password', '--title', 'Unlock');
@@ -139,13 +145,19 @@ export class Computer {
   async stopAgent(): Promise<void> {
     await this.request('stop_agent');
   }
+  async killAgent(): Promise<void> {
+    await this.request('kill_agent');
+  }
   async startAgent(): Promise<void> {
     await this.request('start_agent');
   }
   /** Lets the agent do nothing meanwhile; what reaches it waits. */
   async whileFrozen(action: () => Promise<void>): Promise<void> {
-    await this.request('freeze_agent');
+    await this.freezeAgent();
     await action();
     await this.request('thaw_agent');
+  }
+  async freezeAgent(): Promise<void> {
+    await this.request('freeze_agent');
   }
 }

@@ -238,7 +238,8 @@ export class Computer {
 
   private connectionChanged(state: ConnectionState): void {
     if (state.kind === 'connected') {
-      if (!this.isWelcomed) this.awaitsFirstList = true;
+      // A computer that comes back may be another agent: results that it owed are lost, and its list is still to come.
+      if (!this.isWelcomed || (state.agentConnected && !this.wasLive)) this.awaitsFirstList = true;
       else if (!state.agentConnected) this.lostTouch();
       this.wasLive = state.agentConnected;
     } else {

@@ -122,7 +122,7 @@ export const english: Messages = {
       accepted: (label) => `Done: ${quoted(label)} was pressed.`,
       gone: 'No longer waiting: the dialog is gone.',
       goneUnconfirmed: (label) =>
-        `The dialog is gone. ${quoted(label)} was probably pressed, but its result did not arrive.`,
+        `The dialog is gone. ${quoted(label)} may have been pressed; its result did not arrive.`,
       otherPhone: (label) => `Answered on another phone: ${quoted(label)}.`,
       suppressed: 'Not shown on your phones any more.',
     },
