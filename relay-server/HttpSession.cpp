@@ -51,6 +51,7 @@ HttpSession::HttpSession(asio::ip::tcp::socket socket, Dependencies dependencies
 
 asio::awaitable<void> HttpSession::run() {
   if (const auto wait = dependencies_.clientLimits.connectionRefusal(peer_, Clock::now())) {
+    dependencies_.metrics.refusals.add(RelayMetrics::Refusal::connectionRate);
     co_return co_await refusePolitely(*wait);
   }
   requestBy_ = Clock::now() + dependencies_.limits.requestTime;
@@ -123,6 +124,7 @@ asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
   const auto [headerError, headerBytes] = co_await http::async_read_header(stream_, buffer_, parser, resultOf);
   if (headerError) co_return Refused{.error = headerError};
   if (const auto wait = dependencies_.clientLimits.requestRefusal(peer_, parser.get(), Clock::now())) {
+    dependencies_.metrics.refusals.add(RelayMetrics::Refusal::requestRate);
     co_return Refused{.error = {}, .wait = wait};
   }
   // What follows an upgrade's header belongs to the WebSocket.
@@ -142,7 +144,8 @@ asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
     PhoneSession session(std::move(socket), {.hub = dependencies_.hub,
                                              .unauthenticated = dependencies_.unauthenticated,
                                              .log = dependencies_.log,
-                                             .limits = dependencies_.limits});
+                                             .limits = dependencies_.limits,
+                                             .metrics = dependencies_.metrics});
     co_return co_await session.run();
   }
   const auto token = bearerToken(request);
@@ -167,7 +170,10 @@ asio::awaitable<std::shared_ptr<PeerSocket>> HttpSession::accepted(const HttpReq
   socket.text(true);
   const auto [error] = co_await socket.async_accept(request, resultOf);
   if (error) co_return nullptr;
-  co_return std::make_shared<PeerSocket>(std::move(socket), dependencies_.limits, greatestFrameBytes);
+  count(HttpStatus::switching_protocols);
+  dependencies_.metrics.handshakeSeconds.observe(Clock::now() - acceptedAt_);
+  co_return std::make_shared<PeerSocket>(std::move(socket), dependencies_.limits, dependencies_.metrics,
+                                         greatestFrameBytes);
 }
 
 asio::awaitable<void> HttpSession::refuse(boost::system::error_code error) {
@@ -189,10 +195,7 @@ asio::awaitable<void> HttpSession::refusePolitely(std::chrono::seconds wait) {
 }
 
 asio::awaitable<void> HttpSession::respond(HttpResponse response) {
-  if (response.result_int() >= 400) {
-    dependencies_.log.write(log_event::requestRefused,
-                            {LogField::network(peer_), LogField::status(response.result_int())});
-  }
+  count(response.result());
   endAt(Clock::now() + dependencies_.limits.closeTime);
   setDate(response);
   response.prepare_payload();
@@ -207,12 +210,20 @@ asio::awaitable<bool> HttpSession::respondPage(PageResponse response, bool keeps
   keeps = keeps && lasts && requests_ < dependencies_.limits.requestsPerConnection;
   if (turnedAway_) co_return false;
   endAt(endsAt_);
+  count(response.result());
   response.keep_alive(keeps);
   setDate(response);
   const auto [error, written] = co_await http::async_write(stream_, response, resultOf);
   requestBy_ = std::min(Clock::now() + dependencies_.limits.keepAliveTime, endsAt_);
   if (!error && !keeps) co_await linger();
   co_return keeps && !error;
+}
+
+void HttpSession::count(HttpStatus status) {
+  const auto code = static_cast<unsigned>(status);
+  dependencies_.metrics.responses.add(code);
+  if (code >= 400)
+    dependencies_.log.write(log_event::requestRefused, {LogField::network(peer_), LogField::status(code)});
 }
 
 asio::awaitable<void> HttpSession::linger() {

@@ -31,6 +31,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     RelayLog& log;
     const RelayLimits& limits;
     ClientLimits& clientLimits;
+    RelayMetrics& metrics;
     const PageFiles* page;  ///< null without one
     SSL_CTX* tls;           ///< null when the connection is plain
   };
@@ -61,6 +62,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
                                                                              std::size_t greatestFrameBytes);
   /// Answers and closes.
   [[nodiscard]] boost::asio::awaitable<void> respond(HttpResponse response);
+  void count(HttpStatus status);
   /// Answers; whether the connection is kept.
   [[nodiscard]] boost::asio::awaitable<bool> respondPage(PageResponse response, bool keeps);
   /// Closes such that the client gets to see the answer.
@@ -74,6 +76,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   void endAt(std::chrono::steady_clock::time_point time);
 
   boost::asio::ip::address peer_;
+  std::chrono::steady_clock::time_point acceptedAt_ = std::chrono::steady_clock::now();
   ClientStream stream_;
   boost::asio::steady_timer deadline_;
   boost::beast::flat_buffer buffer_;

@@ -42,6 +42,7 @@ inline constexpr LogEvent reloaded{info, "relay.reloaded", "Settings reloaded."}
 inline constexpr LogEvent reloadRefused{error, "relay.reload-failed", "Unable to reload, all settings stay: {reason}"};
 inline constexpr LogEvent certificateRead{info, "certificate.read", "TLS certificate read again."};
 inline constexpr LogEvent certificateWarning{warning, "certificate.warning", "{reason}"};
+inline constexpr LogEvent metricsListening{info, "metrics.listening", "Metrics on {address}."};
 inline constexpr LogEvent stopping{info, "relay.stopping", "Tallyfox relay stopping."};
 
 }  // namespace tallyfox::server::log_event

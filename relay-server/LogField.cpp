@@ -44,6 +44,12 @@ LogField LogField::network(const ip::address& client) {
   return {LogKey::network, networkText(client)};
 }
 
+LogField LogField::address(const ip::tcp::endpoint& endpoint) {
+  const std::string address = endpoint.address().to_string();
+  const std::string port = std::to_string(endpoint.port());
+  return {LogKey::address, (endpoint.address().is_v6() ? "[" + address + "]:" : address + ":") + port};
+}
+
 LogField LogField::code(CloseCode code) {
   return {LogKey::code, static_cast<std::int64_t>(code)};
 }

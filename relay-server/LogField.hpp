@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/asio/ip/address.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/system/error_code.hpp>
 #include <cstdint>
 #include <string>
@@ -37,6 +38,8 @@ class LogField {
   [[nodiscard]] static LogField device(std::string_view id);
   /// Whose request it was, as limits count it: an IPv4 address, or an IPv6 network of 64 bits.
   [[nodiscard]] static LogField network(const boost::asio::ip::address& client);
+  /// Where the relay itself listens or connects to.
+  [[nodiscard]] static LogField address(const boost::asio::ip::tcp::endpoint& endpoint);
   [[nodiscard]] static LogField code(CloseCode code);
   [[nodiscard]] static LogField status(unsigned httpStatus);
   [[nodiscard]] static LogField count(std::uint64_t count);

@@ -20,14 +20,14 @@ void PairingRoom::setAgent(RelayPeer& agent) {
   if (older != nullptr) {
     older->close(CloseCode::replaced);
   } else {
-    sendToPhones(agentStatus(true));
+    sendToPhones(agentStatus(true), FrameType::agentStatus);
   }
 }
 
 bool PairingRoom::removeAgent(const RelayPeer& agent) {
   if (!isAgent(agent)) return false;
   agent_ = nullptr;
-  sendToPhones(agentStatus(false));
+  sendToPhones(agentStatus(false), FrameType::agentStatus);
   return true;
 }
 
@@ -38,8 +38,8 @@ void PairingRoom::addPhone(const std::string& deviceID, RelayPeer& phone) {
     sockets.front()->close(CloseCode::replaced);
     sockets.erase(sockets.begin());
   }
-  phone.send(relayWelcome(agent_ != nullptr));
-  if (snapshot_) phone.send(snapshot_);
+  phone.send(relayWelcome(agent_ != nullptr), FrameType::relayWelcome);
+  if (snapshot_) phone.send(snapshot_, FrameType::macSnapshot);
 }
 
 bool PairingRoom::removePhone(const std::string& deviceID, const RelayPeer& phone) {
@@ -60,17 +60,17 @@ void PairingRoom::forEachPhone(const std::function<void(RelayPeer&)>& visit) con
       visit(*phone);
 }
 
-void PairingRoom::sendToPhones(const Frame& frame) {
-  forEachPhone([&frame](RelayPeer& phone) { phone.send(frame); });
+void PairingRoom::sendToPhones(const Frame& frame, FrameType type) {
+  forEachPhone([&frame, type](RelayPeer& phone) { phone.send(frame, type); });
 }
 
-bool PairingRoom::sendToAgent(const Frame& frame) {
-  return agent_ != nullptr && agent_->send(frame);
+bool PairingRoom::sendToAgent(const Frame& frame, FrameType type) {
+  return agent_ != nullptr && agent_->send(frame, type);
 }
 
 void PairingRoom::publishSnapshot(Frame snapshot) {
   snapshot_ = std::move(snapshot);
-  sendToPhones(snapshot_);
+  sendToPhones(snapshot_, FrameType::macSnapshot);
 }
 
 void PairingRoom::publishPhoneStatus() {
@@ -89,7 +89,7 @@ void PairingRoom::publishPhoneStatus() {
   std::string text = jsonText(message.json());
   if (text == lastPhoneStatus_) return;
   lastPhoneStatus_ = text;
-  agent_->send(std::make_shared<const std::string>(std::move(text)));
+  agent_->send(std::make_shared<const std::string>(std::move(text)), FrameType::phoneStatus);
 }
 
 void PairingRoom::dismissPhone(const std::string& deviceID) {
@@ -98,13 +98,13 @@ void PairingRoom::dismissPhone(const std::string& deviceID) {
   const std::vector<RelayPeer*> sockets = std::move(found->second);
   phones_.erase(found);
   for (RelayPeer* const phone : sockets) {
-    phone->send(phoneUnpaired());
+    phone->send(phoneUnpaired(), FrameType::phoneUnpaired);
     phone->close(CloseCode::unpaired);
   }
 }
 
 void PairingRoom::dismissAll() {
-  sendToPhones(phoneUnpaired());
+  sendToPhones(phoneUnpaired(), FrameType::phoneUnpaired);
   closeAll(CloseCode::unpaired);
   phones_.clear();
   agent_ = nullptr;

@@ -27,13 +27,14 @@ class PairingRoom {
   /// False when this is none of the device's sockets.
   bool removePhone(const std::string& deviceID, const RelayPeer& phone);
 
+  [[nodiscard]] bool hasAgent() const { return agent_ != nullptr; }
   [[nodiscard]] bool isAgent(const RelayPeer& peer) const { return agent_ == &peer; }
   [[nodiscard]] bool isPhone(const std::string& deviceID, const RelayPeer& peer) const;
   [[nodiscard]] bool empty() const { return agent_ == nullptr && phones_.empty() && !snapshot_; }
 
-  void sendToPhones(const Frame& frame);
+  void sendToPhones(const Frame& frame, FrameType type);
   /// False when no agent is there to take it.
-  [[nodiscard]] bool sendToAgent(const Frame& frame);
+  [[nodiscard]] bool sendToAgent(const Frame& frame, FrameType type);
   /// Keeps the frame for phones that join later, and sends it to those that are here.
   void publishSnapshot(Frame snapshot);
   void dropSnapshot() { snapshot_.reset(); }

@@ -27,9 +27,11 @@ bool isAscii(char c) {
 
 }  // namespace
 
-PeerSocket::PeerSocket(WebSocket socket, const RelayLimits& limits, std::size_t greatestFrameBytes)
+PeerSocket::PeerSocket(WebSocket socket, const RelayLimits& limits, RelayMetrics& metrics,
+                       std::size_t greatestFrameBytes)
     : socket_(std::move(socket)),
       limits_(limits),
+      metrics_(metrics),
       greatestFrameBytes_(greatestFrameBytes),
       queue_(limits.outgoingBytes, limits.outgoingFrames),
       wake_(socket_.get_executor()),
@@ -56,6 +58,7 @@ asio::awaitable<Frame> PeerSocket::read() {
     const auto [error, size] = co_await socket_.async_read_some(buffer, 0, resultOf);
     heard();
     if (!error && text.size() > greatestFrameBytes_) close(CloseCode::frameTooLarge);
+    if (error) countEnd(error);
     if (error || closeCode_) co_return nullptr;
   } while (!socket_.is_message_done());
   // The stream does not see that a character is cut by the end of a message whose last frame is empty.
@@ -73,14 +76,17 @@ void PeerSocket::finish() {
   wake_.cancel();
 }
 
-bool PeerSocket::send(Frame frame) {
+bool PeerSocket::send(Frame frame, FrameType type) {
   if (closeCode_ || finished_) return false;
+  const std::size_t bytes = frame->size();
   if (!queue_.push(std::move(frame))) {
     // What waits would come too late to be of use, and must not delay the close.
     queue_.clear();
+    ++metrics_.slowConsumers;
     close(CloseCode::slowConsumer);
     return false;
   }
+  metrics_.frameOut(type, bytes);
   wake_.cancel();
   return true;
 }
@@ -88,6 +94,7 @@ bool PeerSocket::send(Frame frame) {
 void PeerSocket::close(CloseCode code) {
   if (closeCode_ || finished_) return;
   closeCode_ = code;
+  metrics_.relayCloses.add(static_cast<unsigned>(code));
   wake_.cancel();
   closeDeadline_.expires_after(limits_.closeTime);
   closeDeadline_.async_wait([weak = weak_from_this()](boost::system::error_code cancelled) {
@@ -127,6 +134,15 @@ asio::awaitable<void> PeerSocket::watch() {
     nextPing = now + limits_.pingInterval;
     pingDue_ = true;
     wake_.cancel();
+  }
+}
+
+void PeerSocket::countEnd(boost::system::error_code error) {
+  if (closeCode_) return;
+  if (error == websocket::error::closed) {
+    metrics_.peerCloses.add(socket_.reason().code);
+  } else {
+    ++metrics_.cuts;
   }
 }
 

@@ -9,6 +9,7 @@
 #include "OutgoingQueue.hpp"
 #include "RelayLimits.hpp"
 #include "RelayPeer.hpp"
+#include "metrics/RelayMetrics.hpp"
 #include "tls/ClientStream.hpp"
 
 namespace tallyfox::server {
@@ -20,7 +21,7 @@ using WebSocket = boost::beast::websocket::stream<ClientStream>;
 class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<PeerSocket> {
  public:
   /// `socket` has finished its handshake. A frame above `greatestFrameBytes` closes it.
-  PeerSocket(WebSocket socket, const RelayLimits& limits, std::size_t greatestFrameBytes);
+  PeerSocket(WebSocket socket, const RelayLimits& limits, RelayMetrics& metrics, std::size_t greatestFrameBytes);
 
   /// Starts writing and watching.
   void start();
@@ -29,7 +30,7 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   /// Says that nothing is read any more: ends the socket, after a close that is under way.
   void finish();
 
-  bool send(Frame frame) override;
+  bool send(Frame frame, FrameType type) override;
   void close(CloseCode code) override;
 
  private:
@@ -37,10 +38,12 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   /// Asks for pings and ends when the peer has been silent for too long.
   boost::asio::awaitable<void> watch();
   void heard();
+  void countEnd(boost::system::error_code error);
   void cut();
 
   WebSocket socket_;
   const RelayLimits& limits_;
+  RelayMetrics& metrics_;
   std::size_t greatestFrameBytes_;
   OutgoingQueue queue_;
   boost::asio::steady_timer wake_;  ///< ends the writer's wait

@@ -35,17 +35,20 @@ boost::asio::awaitable<bool> PhoneSession::enter() {
 
 boost::asio::awaitable<Frame> PhoneSession::firstFrame() {
   boost::asio::steady_timer deadline(co_await boost::asio::this_coro::executor, dependencies_.limits.helloTime);
-  deadline.async_wait([weak = std::weak_ptr(socket_)](boost::system::error_code cancelled) {
-    if (const auto socket = weak.lock(); socket && !cancelled) socket->close(CloseCode::malformed);
+  deadline.async_wait([weak = std::weak_ptr(socket_), &metrics = dependencies_.metrics](auto cancelled) {
+    const auto socket = weak.lock();
+    if (!socket || cancelled) return;
+    metrics.refusals.add(RelayMetrics::Refusal::helloTime);
+    socket->close(CloseCode::malformed);
   });
   co_return co_await socket_->read();
 }
 
 boost::asio::awaitable<bool> PhoneSession::join(Frame frame) {
   const auto hello = PhoneHello::decoded(*frame);
+  dependencies_.metrics.frameIn(hello ? FrameType::phoneHello : FrameType::malformed, frame->size());
   if (!hello) {
-    dependencies_.log.write(log_event::helloMalformed, {LogField::reason(hello.error())});
-    socket_->close(CloseCode::malformed);
+    helloMalformed(hello.error());
     co_return false;
   }
   if (const auto admitted = co_await dependencies_.hub.phoneJoined(*hello, *socket_); !admitted) {
@@ -54,6 +57,11 @@ boost::asio::awaitable<bool> PhoneSession::join(Frame frame) {
   }
   joined_ = PhoneAddress{.pairingID = hello->pairingID, .deviceID = hello->deviceID};
   co_return true;
+}
+
+void PhoneSession::helloMalformed(const DecodingError& error) {
+  dependencies_.log.write(log_event::helloMalformed, {LogField::reason(error)});
+  socket_->close(CloseCode::malformed);
 }
 
 }  // namespace tallyfox::server

@@ -20,6 +20,7 @@ class PhoneSession {
     UnauthenticatedConnections& unauthenticated;
     RelayLog& log;
     const RelayLimits& limits;
+    RelayMetrics& metrics;
   };
   PhoneSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies);
   ~PhoneSession();
@@ -33,6 +34,7 @@ class PhoneSession {
   [[nodiscard]] boost::asio::awaitable<Frame> firstFrame();
   /// Whether it did; else the socket is closed with the reason.
   [[nodiscard]] boost::asio::awaitable<bool> join(Frame frame);
+  void helloMalformed(const DecodingError& error);
   /// Says hello and joins, as one of those who have not yet shown who they are.
   [[nodiscard]] boost::asio::awaitable<bool> enter();
 

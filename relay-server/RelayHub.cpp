@@ -9,7 +9,14 @@
 namespace tallyfox::server {
 namespace {
 
+using Peer = RelayMetrics::Peer;
+
 constexpr std::string_view phoneLeave = "phone.leave";
+
+std::expected<std::string, DecodingError> typeOf(const std::expected<Json, DecodingError>& message) {
+  if (!message) return std::unexpected(message.error());
+  return relayMessageType(*message);
+}
 
 }  // namespace
 
@@ -22,6 +29,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::agentJoined(std::string pairin
     co_return std::unexpected(CloseCode::goingAway);
   }
   room(pairingID).setAgent(agent);
+  metrics_.socketJoined(Peer::agent);
   log(log_event::agentConnected, pairingID);
   room(pairingID).publishPhoneStatus();
   co_return Verdict{};
@@ -41,12 +49,13 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitAgent(const std::string& 
 
 RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer& agent, Frame frame) {
   if (!isAgent(pairingID, agent)) co_return;
+  const StopWatch watch(metrics_.agentFrameSeconds);
   const auto malformed = [&](const DecodingError& error) {
     log_.write(log_event::agentFrameMalformed, {LogField::pairing(pairingID), LogField::reason(error)});
   };
   const auto message = parsedJson(*frame);
-  if (!message) co_return malformed(message.error());
-  const auto type = relayMessageType(*message);
+  const auto type = typeOf(message);
+  metrics_.frameIn(type ? frameTypeOf(*type) : FrameType::malformed, frame->size());
   if (!type) co_return malformed(type.error());
   if (*type == relay_type::macSnapshot) {
     const auto snapshot = MacSnapshotRelayMessage::decoded(*message);
@@ -55,7 +64,7 @@ RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer
   } else if (*type == relay_type::approvalResult) {
     const auto result = ApprovalResultRelayMessage::decoded(*message);
     if (!result) co_return malformed(result.error());
-    room(pairingID).sendToPhones(frame);
+    room(pairingID).sendToPhones(frame, FrameType::approvalResult);
   } else if (*type == relay_type::phoneUnpair) {
     const auto unpair = UnpairPhoneRelayMessage::decoded(*message);
     if (!unpair) co_return malformed(unpair.error());
@@ -71,6 +80,7 @@ RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer
 }
 
 void RelayHub::agentLeft(const std::string& pairingID, const RelayPeer& agent) {
+  metrics_.sockets.remove(Peer::agent);
   if (room(pairingID).removeAgent(agent)) log(log_event::agentDisconnected, pairingID);
   discardWhenEmpty(pairingID);
 }
@@ -88,6 +98,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneJoined(PhoneHello hello, 
     co_return std::unexpected(CloseCode::goingAway);
   }
   room(hello.pairingID).addPhone(hello.deviceID, phone);
+  metrics_.socketJoined(Peer::phone);
   log(log_event::phoneConnected, {.pairingID = hello.pairingID, .deviceID = hello.deviceID});
   room(hello.pairingID).publishPhoneStatus();
   co_return Verdict{};
@@ -124,23 +135,24 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& 
 
 RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, RelayPeer& phone, Frame frame) {
   if (!isPhone(from, phone)) co_return Verdict{};
+  const StopWatch watch(metrics_.phoneFrameSeconds);
   const auto malformed = [&](const DecodingError& error) -> Verdict {
     log_.write(log_event::phoneFrameMalformed,
                {LogField::device(from.deviceID), LogField::pairing(from.pairingID), LogField::reason(error)});
     return std::unexpected(CloseCode::malformed);
   };
   const auto message = parsedJson(*frame);
-  if (!message) co_return malformed(message.error());
-  const auto type = relayMessageType(*message);
+  const auto type = typeOf(message);
+  metrics_.frameIn(type ? frameTypeOf(*type) : FrameType::malformed, frame->size());
   if (!type) co_return malformed(type.error());
   if (*type == relay_type::approvalRequest) {
     const auto request = ApprovalRequestRelayMessage::decoded(*message);
     if (!request) co_return malformed(request.error());
-    deliver(from, phone, frame, request->decisionID);
+    deliver(from, phone, frame, FrameType::approvalRequest, request->decisionID);
   } else if (*type == relay_type::approvalSuppress || *type == relay_type::approvalUnsuppress) {
     const auto suppression = ApprovalSuppressionRelayMessage::decoded(*message);
     if (!suppression) co_return malformed(suppression.error());
-    deliver(from, phone, frame, suppression->decisionID);
+    deliver(from, phone, frame, frameTypeOf(*type), suppression->decisionID);
   } else if (*type == phoneLeave) {
     co_return co_await forgetPhone(from, phone);
   }
@@ -148,6 +160,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, 
 }
 
 void RelayHub::phoneLeft(const PhoneAddress& address, const RelayPeer& phone) {
+  metrics_.sockets.remove(Peer::phone);
   if (room(address.pairingID).removePhone(address.deviceID, phone)) {
     log(log_event::phoneDisconnected, address);
     room(address.pairingID).publishPhoneStatus();
@@ -205,10 +218,14 @@ void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame)
   }
 }
 
-void RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, std::string_view decisionID) {
-  if (room(from.pairingID).sendToAgent(frame)) return;
+void RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, FrameType type,
+                       std::string_view decisionID) {
+  using Undeliverable = RelayMetrics::Undeliverable;
+  PairingRoom& pairing = room(from.pairingID);
+  if (pairing.sendToAgent(frame, type)) return;
+  metrics_.undeliverables.add(pairing.hasAgent() ? Undeliverable::agentNotReading : Undeliverable::noAgent);
   log(log_event::undeliverable, from);
-  phone.send(decisionUndeliverable(decisionID));
+  phone.send(decisionUndeliverable(decisionID), FrameType::undeliverable);
 }
 
 RelayHub::Eventually<void> RelayHub::unpairDevice(const std::string& pairingID, const std::string& deviceID) {

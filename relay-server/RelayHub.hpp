@@ -15,6 +15,7 @@
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayPeer.hpp"
+#include "metrics/RelayMetrics.hpp"
 #include "storage/PairingStore.hpp"
 
 namespace tallyfox::server {
@@ -35,10 +36,12 @@ class RelayHub {
   template <typename Value>
   using Eventually = boost::asio::awaitable<Value>;
 
-  RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits)
-      : store_(store), log_(log), limits_(limits), access_(store, log) {}
+  RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits, RelayMetrics& metrics)
+      : store_(store), log_(log), limits_(limits), metrics_(metrics), access_(store, log) {}
 
   [[nodiscard]] PairingAccess& access() { return access_; }
+  [[nodiscard]] std::size_t rooms() const { return rooms_.size(); }
+  [[nodiscard]] std::size_t snapshotBytes() const { return snapshotBytes_; }
 
   /// Peers, and what else is passed by reference, must live until the call has ended. After a join the peer must leave
   /// before it dies; after a refusal it must not.
@@ -69,7 +72,8 @@ class RelayHub {
   /// Asks the storage which phones are paired; their last list stays when it fails.
   [[nodiscard]] Eventually<void> listDevices(const std::string& pairingID);
   void publishSnapshot(const std::string& pairingID, const Frame& frame);
-  void deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, std::string_view decisionID);
+  void deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, FrameType type,
+               std::string_view decisionID);
   [[nodiscard]] Eventually<void> unpairDevice(const std::string& pairingID, const std::string& deviceID);
   [[nodiscard]] Eventually<void> revokePairing(const std::string& pairingID);
   [[nodiscard]] Eventually<Verdict> forgetPhone(const PhoneAddress& from, RelayPeer& phone);
@@ -81,6 +85,7 @@ class RelayHub {
   PairingStore& store_;
   RelayLog& log_;
   const RelayLimits& limits_;
+  RelayMetrics& metrics_;
   PairingAccess access_;
   KeyedTurns turns_;
   Rooms rooms_;

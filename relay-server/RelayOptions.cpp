@@ -15,11 +15,6 @@
 namespace tallyfox::server {
 namespace {
 
-struct ListenAddress {
-  std::string address;
-  std::uint16_t port = 0;
-};
-
 std::optional<ListenAddress> parsedListenAddress(std::string_view text) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string_view::npos) return std::nullopt;
@@ -79,6 +74,13 @@ Taken takeTlsKey(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+Taken takeMetrics(RelayOptions& options, std::string_view value) {
+  auto listen = parsedListenAddress(value);
+  if (!listen) return std::unexpected(fmt::format("{} is not an address and port such as 127.0.0.1:9464", value));
+  options.metrics = std::move(*listen);
+  return {};
+}
+
 Taken takeLogFormat(RelayOptions& options, std::string_view value) {
   if (value != "text" && value != "json")
     return std::unexpected(fmt::format("{} is no log format: text or json", value));
@@ -108,6 +110,7 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--tls-key", takeTlsKey},
       {"--log-format", takeLogFormat},
       {"--log-level", takeLogLevel},
+      {"--metrics", takeMetrics},
   };
   return table;
 }
@@ -140,6 +143,7 @@ WebSocket: listen on loopback, behind a proxy that ends TLS.
   --tls-key FILE           the certificate's key, as PEM without a passphrase
   --log-format FORMAT      text, a sentence for each event (the default), or json, an object for each
   --log-level LEVEL        the least that is logged: debug, info (the default), warning or error
+  --metrics ADDRESS:PORT   tell Prometheus there, at /metrics, how the relay fares; for no stranger to reach
 
   --help                   show this text
   --version                show the version

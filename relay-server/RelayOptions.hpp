@@ -21,6 +21,12 @@ inline constexpr std::string_view usageText =
 /// The whole help, as --help prints it.
 [[nodiscard]] std::string helpText();
 
+struct ListenAddress {
+  std::string address;     ///< an IP address literal, IPv6 without brackets
+  std::uint16_t port = 0;  ///< 0 takes any free port
+  bool operator==(const ListenAddress&) const = default;
+};
+
 /// The command line.
 struct RelayOptions {
   enum class Purpose { serve, showHelp, showVersion };
@@ -34,6 +40,7 @@ struct RelayOptions {
   std::optional<std::filesystem::path> pageDirectory{};
   std::optional<TlsContext::Files> tls{};  ///< absent where connections are plain
   LogSettings log{};
+  std::optional<ListenAddress> metrics{};  ///< where metrics are told, if anywhere
   bool operator==(const RelayOptions&) const = default;
 
   /// `arguments` without the program's name. The error is one line for the person who typed them.

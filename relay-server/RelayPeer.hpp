@@ -4,6 +4,7 @@
 #include <string>
 
 #include "CloseCode.hpp"
+#include "metrics/FrameType.hpp"
 
 namespace tallyfox::server {
 
@@ -15,7 +16,7 @@ class RelayPeer {
  public:
   virtual ~RelayPeer() = default;
   /// False when the peer is closing or has fallen too far behind (and is then being closed): the frame will not arrive.
-  virtual bool send(Frame frame) = 0;
+  virtual bool send(Frame frame, FrameType type) = 0;
   /// Closes once the frames already accepted are out. The first code stays.
   virtual void close(CloseCode code) = 0;
 };

@@ -37,12 +37,14 @@ RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLi
     : options_(options),
       limits_(limits),
       log_(console, options.log),
-      store_(std::move(files.store)),
-      hub_(*store_, log_, limits_),
+      store_(std::move(files.store), metrics_),
+      hub_(store_, log_, limits_, metrics_),
       page_(std::move(files.page)),
       tls_(std::move(files.tls)),
       unauthenticated_(limits.unauthenticatedConnections),
-      clientLimits_(limits_, options.trustedProxies) {
+      clientLimits_(limits_, options.trustedProxies),
+      metricsListener_(io_, {.metrics = [this] { return metricsText(); },
+                             .trouble = [this] { return acceptor_.is_open() ? "" : "stopping"; }}) {
   onReload([this](const RelayOptions& fresh) { return freshCertificates(fresh); });
 }
 
@@ -57,6 +59,10 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   std::unique_ptr<RelayServer> server(new RelayServer(std::move(*files), options, limits, console));
   error = server->listen(endpoint);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
+  if (options.metrics) {
+    if (auto listening = server->listenForMetrics(*options.metrics); !listening)
+      return std::unexpected(std::move(listening.error()));
+  }
   server->warnOfCertificates();
   return server;
 }
@@ -81,6 +87,22 @@ std::expected<RelayServer::Files, std::string> RelayServer::opened(const RelayOp
   return Files{.store = std::make_unique<SqlitePairingStore>(std::move(*database)),
                .page = std::move(page),
                .tls = std::move(tls)};
+}
+
+std::expected<void, std::string> RelayServer::listenForMetrics(const ListenAddress& address) {
+  boost::system::error_code error;
+  const tcp::endpoint endpoint(asio::ip::make_address(address.address, error), address.port);
+  if (!error) error = metricsListener_.listen(endpoint);
+  if (error) {
+    return std::unexpected(fmt::format("Unable to listen on {} for metrics: {}", textOf(endpoint), error.message()));
+  }
+  log_.write(log_event::metricsListening, {LogField::address(metricsListener_.endpoint())});
+  return {};
+}
+
+std::string RelayServer::metricsText() const {
+  return metrics_.text(
+      {.unauthenticated = unauthenticated_.count(), .rooms = hub_.rooms(), .snapshotBytes = hub_.snapshotBytes()});
 }
 
 std::string RelayServer::address() const {
@@ -174,12 +196,14 @@ asio::awaitable<void> RelayServer::acceptConnections() {
 void RelayServer::serve(tcp::socket socket) {
   boost::system::error_code ignored;
   socket.set_option(tcp::no_delay(true), ignored);
+  ++metrics_.connections;
   const auto session = std::make_shared<HttpSession>(
       std::move(socket), HttpSession::Dependencies{.hub = hub_,
                                                    .unauthenticated = unauthenticated_,
                                                    .log = log_,
                                                    .limits = limits_,
                                                    .clientLimits = clientLimits_,
+                                                   .metrics = metrics_,
                                                    .page = page_ ? &*page_ : nullptr,
                                                    .tls = tls_ ? &tls_->current() : nullptr});
   // The completion keeps the session as long as its coroutine runs.
@@ -196,6 +220,7 @@ void RelayServer::closeEverything() {
   endSignals_.clear(ignored);
   // Not cleared: a SIGHUP must not end what is ending in order.
   reloadSignals_.cancel(ignored);
+  metricsListener_.close();
   unauthenticated_.turnAllAway(CloseCode::goingAway);
   hub_.close();
 }

@@ -10,12 +10,15 @@
 #include <string>
 
 #include "ClientLimits.hpp"
+#include "MeasuredStore.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayOptions.hpp"
 #include "ReloadHooks.hpp"
 #include "UnauthenticatedConnections.hpp"
+#include "metrics/MetricsListener.hpp"
+#include "metrics/RelayMetrics.hpp"
 #include "page/PageFiles.hpp"
 #include "storage/PairingStore.hpp"
 #include "tls/TlsContext.hpp"
@@ -33,6 +36,8 @@ class RelayServer {
   /// Where it listens, as address:port.
   [[nodiscard]] std::string address() const;
   [[nodiscard]] std::uint16_t port() const { return endpoint_.port(); }
+  /// Where metrics are; 0 for nowhere.
+  [[nodiscard]] std::uint16_t metricsPort() const { return metricsListener_.endpoint().port(); }
 
   /// Lets SIGTERM and SIGINT stop this relay, a second one then ending the process at once, and SIGHUP reload it.
   void obeySignals();
@@ -60,13 +65,16 @@ class RelayServer {
   void awaitReload();
   void takeSettings();
   [[nodiscard]] ReloadHooks::Prepared freshCertificates(const RelayOptions& options);
+  [[nodiscard]] std::expected<void, std::string> listenForMetrics(const ListenAddress& address);
+  [[nodiscard]] std::string metricsText() const;
   void closeEverything();
   void warnOfCertificates();
 
   RelayOptions options_;
   RelayLimits limits_;
   RelayLog log_;
-  std::unique_ptr<PairingStore> store_;
+  RelayMetrics metrics_;
+  MeasuredStore store_;
   RelayHub hub_;
   std::optional<PageFiles> page_;
   std::optional<TlsContext> tls_;
@@ -75,6 +83,7 @@ class RelayServer {
   ReloadHooks reloadHooks_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to
   boost::asio::ip::tcp::acceptor acceptor_{io_};
+  MetricsListener metricsListener_;
   boost::asio::ip::tcp::endpoint endpoint_;
   boost::asio::signal_set endSignals_{io_};
   boost::asio::signal_set reloadSignals_{io_};

@@ -34,6 +34,7 @@ LiveRelay::LiveRelay(const std::filesystem::path& directory, const RelayLimits& 
   if (!server) throw std::runtime_error(server.error());
   server_ = std::move(*server);
   port_ = server_->port();
+  metricsPort_ = server_->metricsPort();
   thread_ = std::thread([this] { server_->run(); });
 }
 

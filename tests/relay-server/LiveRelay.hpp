@@ -30,12 +30,14 @@ class LiveRelay {
   /// Connections that are made after this call get what was read.
   void reload();
   [[nodiscard]] std::uint16_t port() const { return port_; }
+  [[nodiscard]] std::uint16_t metricsPort() const { return metricsPort_; }
 
   RecordedConsole console;
 
  private:
   std::unique_ptr<RelayServer> server_;
   std::uint16_t port_ = 0;
+  std::uint16_t metricsPort_ = 0;
   std::thread thread_;
 };
 

@@ -51,7 +51,7 @@ TEST(PairingRoom, newestAgentWinsWithoutTroublingThePhones) {
   EXPECT_FALSE(newer.closed);
   EXPECT_FALSE(room.removeAgent(older));
   EXPECT_THAT(phone.frames, IsEmpty());
-  EXPECT_TRUE(room.sendToAgent(frameOf("request")));
+  EXPECT_TRUE(room.sendToAgent(frameOf("request"), FrameType::approvalRequest));
   EXPECT_THAT(newer.frames, ElementsAre("request"));
   EXPECT_THAT(older.frames, IsEmpty());
 }
@@ -62,7 +62,7 @@ TEST(PairingRoom, aDeviceMayWatchWithOneSocketAndAnswerWithAnother) {
   room.addPhone("D1", watching);
   room.addPhone("D1", answering);
   EXPECT_FALSE(watching.closed);
-  room.sendToPhones(frameOf("result"));
+  room.sendToPhones(frameOf("result"), FrameType::approvalResult);
   EXPECT_EQ(watching.frames.back(), "result");
   EXPECT_EQ(answering.frames.back(), "result");
   EXPECT_TRUE(room.removePhone("D1", answering));
@@ -97,11 +97,11 @@ TEST(PairingRoom, dismissesEverySocketOfADevice) {
 
 TEST(PairingRoom, cannotSendToAnAgentThatIsAwayOrFull) {
   PairingRoom room;
-  EXPECT_FALSE(room.sendToAgent(frameOf("request")));
+  EXPECT_FALSE(room.sendToAgent(frameOf("request"), FrameType::approvalRequest));
   RecordedPeer agent;
   agent.full = true;
   room.setAgent(agent);
-  EXPECT_FALSE(room.sendToAgent(frameOf("request")));
+  EXPECT_FALSE(room.sendToAgent(frameOf("request"), FrameType::approvalRequest));
 }
 
 TEST(PairingRoom, tellsTheAgentOfItsPhonesOnlyWhenSomethingChanged) {

@@ -35,7 +35,7 @@ class RecordedConsole final : public Console {
 /// Keeps what it was sent and how it was closed; can be told to be full.
 class RecordedPeer final : public RelayPeer {
  public:
-  bool send(Frame frame) override {
+  bool send(Frame frame, FrameType) override {
     if (full || closed) return false;
     frames.push_back(*frame);
     return true;

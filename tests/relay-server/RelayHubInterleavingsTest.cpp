@@ -58,7 +58,8 @@ class RelayHubInterleavingsTest : public ::testing::Test {
   RelayLog log{console};
   RelayLimits limits;
   MemoryPairingStore store;
-  RelayHub hub{store, log, limits};
+  RelayMetrics metrics;
+  RelayHub hub{store, log, limits, metrics};
   RecordedPeer agent, phone, other;
   boost::asio::io_context io;
 };
@@ -155,7 +156,7 @@ TEST_F(RelayHubInterleavingsTest, whoWaitsWhenTheRelayStopsIsSentAway) {
   for (const Hold hold : {Hold::calls, Hold::answers}) {
     SCOPED_TRACE(static_cast<int>(hold));
     MemoryPairingStore slow;
-    RelayHub stopping(slow, log, limits);
+    RelayHub stopping(slow, log, limits, metrics);
     const Pending registration(io, stopping.access().registerToken("P1", "token-1"));
     settle();
     slow.holding = hold;

@@ -52,7 +52,7 @@ class RelayHubTest : public ::testing::Test {
     hub.reset();
     store.reset();
     store.emplace(testing::openedStore(directory.path()));
-    hub.emplace(*store, log, limits);
+    hub.emplace(*store, log, limits, metrics);
   }
   /// Every later change fails as it does on a full disk.
   void fillTheDisk() {
@@ -75,7 +75,8 @@ class RelayHubTest : public ::testing::Test {
   RelayLog log{console};
   RelayLimits limits;
   std::optional<SqlitePairingStore> store{testing::openedStore(directory.path())};
-  std::optional<RelayHub> hub{std::in_place, *store, log, limits};
+  RelayMetrics metrics;
+  std::optional<RelayHub> hub{std::in_place, *store, log, limits, metrics};
   RecordedPeer agent, phone, other;
   const PhoneAddress at1{"P1", "D1"}, at2{"P1", "D2"};
 };

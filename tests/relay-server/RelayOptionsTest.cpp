@@ -76,9 +76,10 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 }
 
 TEST(RelayOptions, explainEachOption) {
-  for (const std::string word : {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ",
-                                 "--page DIRECTORY ", "--tls-certificate FILE ", "--tls-key FILE ",
-                                 "--log-format FORMAT ", "--log-level LEVEL ", "--help ", "--version "})
+  for (const std::string word :
+       {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--page DIRECTORY ",
+        "--tls-certificate FILE ", "--tls-key FILE ", "--log-format FORMAT ", "--log-level LEVEL ",
+        "--metrics ADDRESS:PORT ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -105,6 +106,7 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
        "10.0.0.0/33 has no prefix length"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--log-format", "xml"}, "xml is no log format: text or json"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--log-level", "4"}, "4 is no log level: debug, info, warning or"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--metrics", "9464"}, "9464 is not an address and port"},
       {{"--listen", "127.0.0.1", "--data", "d"}, "127.0.0.1 is not an address and port"},
       {{"--listen", "localhost:80", "--data", "d"}, "localhost:80 is not"},
       {{"--listen", "127.0.0.1:65536", "--data", "d"}, "127.0.0.1:65536 is not"},

@@ -8,5 +8,6 @@ complete -c tallyfox-relay -l tls-certificate -r -F -d 'Speak TLS with this cert
 complete -c tallyfox-relay -l tls-key -r -F -d 'The key of the certificate'
 complete -c tallyfox-relay -l log-format -x -a 'text json' -d 'What a log line is'
 complete -c tallyfox-relay -l log-level -x -a 'debug info warning error' -d 'The least that is logged'
+complete -c tallyfox-relay -l metrics -x -d 'Where Prometheus is told how the relay fares'
 complete -c tallyfox-relay -l help -d 'Show the options'
 complete -c tallyfox-relay -l version -d 'Show the version'
