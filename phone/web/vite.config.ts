@@ -16,7 +16,7 @@ function serviceWorker(outDir: string): Plugin {
     apply: 'build',
     writeBundle(_, bundle) {
       const hash = createHash('sha256');
-      files = [...Object.keys(bundle).filter((file) => file !== 'index.html').map((file) => `/${file}`), ...publicShell];
+      files = [...Object.keys(bundle).filter((file) => file.startsWith('assets/')).map((file) => `/${file}`), ...publicShell];
       for (const output of Object.values(bundle)) hash.update(output.type === 'chunk' ? output.code : output.source);
       for (const file of publicShell) hash.update(readFileSync(new URL(`public${file}`, import.meta.url)));
       version = hash.digest('hex').slice(0, 16);
@@ -42,6 +42,26 @@ function serviceWorker(outDir: string): Plugin {
   };
 }
 
+/// What the page is made with and carries along, with its terms.
+const carried = [
+  ['Preact', 'preact/LICENSE'],
+  ['qr', 'qr/LICENSE-MIT'],
+] as const;
+
+/// Puts their licences beside the page, as they ask for.
+function licenses(): Plugin {
+  return {
+    name: 'licenses',
+    apply: 'build',
+    generateBundle() {
+      const text = ([name, file]: (typeof carried)[number]) =>
+        `${name}\n\n${readFileSync(new URL(`node_modules/${file}`, import.meta.url), 'utf8').trim()}\n`;
+      const source = `This page is part of Tallyfox (Apache License 2.0). It carries these libraries:\n\n${carried.map(text).join('\n\n')}`;
+      this.emitFile({ type: 'asset', fileName: 'licenses.txt', source });
+    },
+  };
+}
+
 const outDir = process.env['TALLYFOX_PAGE_DIR'] ?? fileURLToPath(new URL('dist', import.meta.url));
 
 export default defineConfig({
@@ -54,6 +74,6 @@ export default defineConfig({
     assetsInlineLimit: 0,
     modulePreload: { polyfill: false },
   },
-  plugins: [serviceWorker(outDir)],
+  plugins: [licenses(), serviceWorker(outDir)],
   test: { include: ['test/**/*.test.ts'], setupFiles: ['test/setup.js'], testTimeout: 60_000 },
 } as Parameters<typeof defineConfig>[0]);

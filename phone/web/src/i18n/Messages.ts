@@ -106,7 +106,7 @@ export interface Messages {
   readonly settings: Record<
     | 'title' | 'phone' | 'phoneName' | 'save' | 'notifications' | 'notificationsSwitch' | 'notificationsPrivate'
     | 'computerName' | 'muted' | 'mutedHint' | 'noneMuted' | 'showAgain' | 'showAgainOffline' | 'unpair' | 'unpairText'
-    | 'unpairOfflineText' | 'confirmUnpair' | 'keep' | 'about',
+    | 'unpairOfflineText' | 'confirmUnpair' | 'keep' | 'about' | 'licenses',
     string
   > & {
     readonly notificationStates: Record<Exclude<PushState, 'on' | 'off'>, string>;

@@ -219,6 +219,7 @@ export const english: Messages = {
     confirmUnpair: 'Unpair',
     keep: 'Keep',
     about: 'What you answer is encrypted on this phone and read only by your computer.',
+    licenses: 'Licences',
   },
 
   push: {

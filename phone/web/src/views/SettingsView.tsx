@@ -23,7 +23,10 @@ export function SettingsView() {
         .map((computer) => (
           <ComputerSettings key={computer.id} computer={computer} />
         ))}
-      <p class="hint about">{settings.about}</p>
+      <p class="hint about">
+        {settings.about}{' '}
+        <a href="/licenses.txt">{settings.licenses}</a>
+      </p>
     </div>
   );
 }
