@@ -338,7 +338,7 @@ describe('notifications', () => {
     world.config = { pushKey: 'KEY' };
     await restarted();
     const one = await world.paired();
-    await world.phone.setNotifications(true);
+    expect(await world.phone.setNotifications(true)).toBe(true);
     expect(frames(one.socket)).toEqual([{ type: 'push.subscribe', endpoint }]);
     const two = await world.paired(someCode('second'));
     expect(frames(two.socket)).toEqual([{ type: 'push.subscribe', endpoint }]);
@@ -373,7 +373,7 @@ describe('notifications', () => {
     world.config = { pushKey: 'KEY' };
     await restarted();
     world.push.isGranted = false;
-    await world.phone.setNotifications(true);
+    expect(await world.phone.setNotifications(true)).toBe(false);
     expect(world.phone.notifications.state).toBe('off');
     expect(world.vault.kept?.notifications).toBe(false);
     world.push.answer = 'blocked';

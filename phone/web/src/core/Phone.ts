@@ -134,10 +134,12 @@ export class Phone {
     await computer.rename(cleanName(name, computer.name));
   }
 
-  async setNotifications(on: boolean): Promise<void> {
+  /// Whether they are as the owner wants them.
+  async setNotifications(on: boolean): Promise<boolean> {
     const isOn = on && (await this.notifications.turnOn());
     if (!on) await this.notifications.turnOff();
     await this.keepSettings({ ...this.kept, notifications: isOn });
+    return isOn === on;
   }
 
   /// Asks the relay to forget this phone; without a connection only this phone forgets.

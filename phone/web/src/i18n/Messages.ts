@@ -105,6 +105,7 @@ export interface Messages {
 
   readonly settings: Record<
     | 'title' | 'phone' | 'phoneName' | 'save' | 'notifications' | 'notificationsSwitch' | 'notificationsPrivate'
+    | 'notificationsFailed'
     | 'computerName' | 'muted' | 'mutedHint' | 'noneMuted' | 'showAgain' | 'showAgainOffline' | 'unpair' | 'unpairText'
     | 'unpairOfflineText' | 'confirmUnpair' | 'keep' | 'about' | 'licenses',
     string

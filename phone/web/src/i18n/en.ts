@@ -197,6 +197,7 @@ export const english: Messages = {
     notifications: 'Notifications',
     notificationsSwitch: 'Notify me when something new waits',
     notificationsPrivate: 'Notifications say only that something waits, never what.',
+    notificationsFailed: 'Notifications could not be switched on. The browser refused, or its push service is not reachable.',
     notificationStates: {
       unknown: 'The relay could not be asked whether it sends notifications.',
       noKey: 'This relay sends no notifications. New questions appear while this page is open.',

@@ -63,6 +63,7 @@ function NotificationSettings() {
   const { settings } = messages;
   const { state } = phone.notifications;
   const [isBusy, setBusy] = useState(false);
+  const [hasFailed, setFailed] = useState(false);
   const canSwitch = state === 'on' || state === 'off';
   return (
     <section class="group" aria-labelledby="notifications-heading">
@@ -81,13 +82,17 @@ function NotificationSettings() {
             onClick={() => {
               if (isBusy) return;
               setBusy(true);
-              void phone.setNotifications(state === 'off').finally(() => setBusy(false));
+              void phone
+                .setNotifications(state === 'off')
+                .then((succeeded) => setFailed(!succeeded))
+                .finally(() => setBusy(false));
             }}
           >
             <span class="knob" />
           </button>
         </div>
       )}
+      <div role="alert">{hasFailed && canSwitch && <p class="notice bad">{settings.notificationsFailed}</p>}</div>
       <p class="hint" id="notifications-hint">
         {canSwitch ? settings.notificationsPrivate : settings.notificationStates[state]}
       </p>
