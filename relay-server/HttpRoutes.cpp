@@ -51,8 +51,8 @@ boost::asio::awaitable<HttpResponse> HttpRoutes::answer(const HttpRequest& reque
   const std::string_view path = pathOf(viewOf(request.target()));
   if (path == "/healthz") {
     if (request.method() != http::verb::get) co_return methodNotAllowed("GET");
-    HttpResponse response = plainResponse(HttpStatus::ok);
-    response.body() = "ok\n";
+    HttpResponse response = plainResponse(draining_ ? HttpStatus::service_unavailable : HttpStatus::ok);
+    response.body() = draining_ ? "draining\n" : "ok\n";
     co_return response;
   }
   if (const auto pairingID = pairingIDOf(path)) {
@@ -117,6 +117,12 @@ HttpResponse plainResponse(HttpStatus status) {
   response.set(http::field::content_type, "text/plain; charset=utf-8");
   if (status == HttpStatus::unauthorized) response.set(http::field::www_authenticate, "Bearer");
   response.body() = std::string(viewOf(http::obsolete_reason(status))) + "\n";
+  return response;
+}
+
+HttpResponse unavailable(std::chrono::seconds wait) {
+  HttpResponse response = plainResponse(HttpStatus::service_unavailable);
+  response.set(http::field::retry_after, std::to_string(wait.count()));
   return response;
 }
 

@@ -18,7 +18,8 @@ using HttpStatus = boost::beast::http::status;
 /// What plain HTTP requests get; knows no sockets.
 class HttpRoutes {
  public:
-  explicit HttpRoutes(PairingAccess& access) : access_(access) {}
+  /// A relay that drains is not healthy, for what sends it clients.
+  explicit HttpRoutes(PairingAccess& access, bool draining = false) : access_(access), draining_(draining) {}
   /// `request` must live until the answer.
   [[nodiscard]] boost::asio::awaitable<HttpResponse> answer(const HttpRequest& request);
 
@@ -28,6 +29,7 @@ class HttpRoutes {
   [[nodiscard]] boost::asio::awaitable<HttpStatus> standing(const HttpRequest& request, std::string_view pairingID);
 
   PairingAccess& access_;
+  bool draining_;
 };
 
 /// The token of an `authorization: Bearer TOKEN` header; absent without one, or when it is empty.
@@ -37,6 +39,8 @@ class HttpRoutes {
 [[nodiscard]] HttpStatus statusOf(PairingAccess::Refusal refusal);
 /// A response whose body is its own reason, as one line of text.
 [[nodiscard]] HttpResponse plainResponse(HttpStatus status);
+/// 503, and when to come again.
+[[nodiscard]] HttpResponse unavailable(std::chrono::seconds wait);
 /// 429, and when to come again.
 [[nodiscard]] HttpResponse tooManyRequests(std::chrono::seconds wait);
 

@@ -104,7 +104,7 @@ asio::awaitable<bool> HttpSession::answer(const HttpRequest& request) {
       co_return co_await respondPage(std::move(*response), request.keep_alive());
     }
   }
-  HttpRoutes routes(dependencies_.hub.access());
+  HttpRoutes routes(dependencies_.hub.access(), dependencies_.drain.isUnderWay());
   HttpResponse response = co_await routes.answer(request);
   co_await respond(std::move(response));
   co_return false;
@@ -134,6 +134,11 @@ asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
 }
 
 asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
+  if (dependencies_.drain.isUnderWay()) {
+    dependencies_.metrics.refusals.add(RelayMetrics::Refusal::draining);
+    const auto wait = dependencies_.drain.reconnectAfter(Clock::now());
+    co_return co_await respond(unavailable(std::chrono::ceil<std::chrono::seconds>(wait)));
+  }
   const boost::beast::string_view target = request.target();
   if (pathOf({target.data(), target.size()}) == phonePath) {
     if (isFromAnotherSite(request, dependencies_.clientLimits.isTrustedProxy(peer_))) {

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "ClientLimits.hpp"
+#include "Drain.hpp"
 #include "HttpRoutes.hpp"
 #include "PeerSocket.hpp"
 #include "RelayHub.hpp"
@@ -32,6 +33,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     const RelayLimits& limits;
     ClientLimits& clientLimits;
     RelayMetrics& metrics;
+    Drain& drain;
     const PageFiles* page;  ///< null without one
     SSL_CTX* tls;           ///< null when the connection is plain
   };

@@ -43,6 +43,7 @@ inline constexpr LogEvent reloadRefused{error, "relay.reload-failed", "Unable to
 inline constexpr LogEvent certificateRead{info, "certificate.read", "TLS certificate read again."};
 inline constexpr LogEvent certificateWarning{warning, "certificate.warning", "{reason}"};
 inline constexpr LogEvent metricsListening{info, "metrics.listening", "Metrics on {address}."};
+inline constexpr LogEvent draining{info, "relay.draining", "Tallyfox relay draining {count} sockets."};
 inline constexpr LogEvent stopping{info, "relay.stopping", "Tallyfox relay stopping."};
 
 }  // namespace tallyfox::server::log_event

@@ -111,6 +111,13 @@ void PairingRoom::dismissAll() {
   snapshot_.reset();
 }
 
+void PairingRoom::forEach(const std::function<void(const std::string&, RelayPeer&)>& visit) const {
+  if (agent_ != nullptr) visit({}, *agent_);
+  for (const auto& [deviceID, sockets] : phones_)
+    for (RelayPeer* const phone : sockets)
+      visit(deviceID, *phone);
+}
+
 void PairingRoom::closeAll(CloseCode code) {
   forEachPhone([code](RelayPeer& phone) { phone.close(code); });
   if (agent_ != nullptr) agent_->close(code);

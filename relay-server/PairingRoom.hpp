@@ -52,6 +52,8 @@ class PairingRoom {
   void dismissAll();
   /// Closes every socket; each still takes itself out.
   void closeAll(CloseCode code);
+  /// Everyone here, an agent without a device id.
+  void forEach(const std::function<void(const std::string& deviceID, RelayPeer& peer)>& visit) const;
 
  private:
   /// Every phone's sockets; the order of one device's sockets is that of their joining.

@@ -91,9 +91,10 @@ bool PeerSocket::send(Frame frame, FrameType type) {
   return true;
 }
 
-void PeerSocket::close(CloseCode code) {
+void PeerSocket::close(CloseCode code, std::string reason) {
   if (closeCode_ || finished_) return;
   closeCode_ = code;
+  closeReason_ = std::move(reason);
   metrics_.relayCloses.add(static_cast<unsigned>(code));
   wake_.cancel();
   closeDeadline_.expires_after(limits_.closeTime);
@@ -108,7 +109,7 @@ asio::awaitable<void> PeerSocket::write() {
       const auto [error, size] = co_await socket_.async_write(asio::buffer(*frame), resultOf);
       if (error) co_return;
     } else if (closeCode_) {
-      const websocket::close_reason reason(static_cast<websocket::close_code>(*closeCode_));
+      const websocket::close_reason reason(static_cast<websocket::close_code>(*closeCode_), closeReason_);
       co_await socket_.async_close(reason, resultOf);
       co_return;
     } else if (pingDue_) {

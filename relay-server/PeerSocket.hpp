@@ -31,7 +31,8 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   void finish();
 
   bool send(Frame frame, FrameType type) override;
-  void close(CloseCode code) override;
+  using RelayPeer::close;
+  void close(CloseCode code, std::string reason) override;
 
  private:
   boost::asio::awaitable<void> write();
@@ -51,6 +52,7 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   boost::asio::steady_timer closeDeadline_;
   boost::asio::steady_timer::time_point heardAt_;
   std::optional<CloseCode> closeCode_;
+  std::string closeReason_;
   bool pingDue_ = false;
   bool finished_ = false;
   bool isCut_ = false;

@@ -23,6 +23,11 @@ Frame decisionUndeliverable(std::string_view decisionID) {
   return frameOf({{"type", "decision.undeliverable"}, {"decisionID", decisionID}, {"reason", "offline"}});
 }
 
+Frame relayRestart(std::chrono::milliseconds reconnectAfter) {
+  const double seconds = std::chrono::duration<double>(reconnectAfter).count();
+  return frameOf({{"type", "relay.restart"}, {"reconnectAfter", seconds}});
+}
+
 Frame phoneUnpaired() {
   return frameOf(Json::object({{"type", "phone.unpaired"}}));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string_view>
 
 #include "RelayPeer.hpp"
@@ -11,5 +12,6 @@ namespace tallyfox::server {
 [[nodiscard]] Frame agentStatus(bool agentConnected);
 [[nodiscard]] Frame decisionUndeliverable(std::string_view decisionID);
 [[nodiscard]] Frame phoneUnpaired();
+[[nodiscard]] Frame relayRestart(std::chrono::milliseconds reconnectAfter);
 
 }  // namespace tallyfox::server

@@ -1,5 +1,7 @@
 #include "RelayHub.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -166,6 +168,25 @@ void RelayHub::phoneLeft(const PhoneAddress& address, const RelayPeer& phone) {
     room(address.pairingID).publishPhoneStatus();
   }
   discardWhenEmpty(address.pairingID);
+}
+
+std::vector<RelayHub::Seat> RelayHub::seats() const {
+  std::vector<Seat> seats;
+  for (const auto& [pairingID, occupied] : rooms_) {
+    occupied.room.forEach([&](const std::string& deviceID, RelayPeer& peer) {
+      seats.push_back({.place = {.pairingID = pairingID, .deviceID = deviceID}, .peer = &peer});
+    });
+  }
+  return seats;
+}
+
+void RelayHub::restart(const Seat& seat, std::chrono::milliseconds reconnectAfter) {
+  const bool isAnAgent = seat.place.deviceID.empty();
+  const bool isHere = isAnAgent ? isAgent(seat.place.pairingID, *seat.peer) : isPhone(seat.place, *seat.peer);
+  if (!isHere) return;
+  if (!isAnAgent) seat.peer->send(relayRestart(reconnectAfter), FrameType::relayRestart);
+  const double seconds = std::chrono::duration<double>(reconnectAfter).count();
+  seat.peer->close(CloseCode::serviceRestart, fmt::format("restart, reconnect after {:.1f} s", seconds));
 }
 
 void RelayHub::close() {

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <boost/asio/awaitable.hpp>
+#include <chrono>
 #include <cstdint>
 #include <expected>
 #include <functional>
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "KeyedTurns.hpp"
 #include "PairingAccess.hpp"
@@ -53,6 +55,14 @@ class RelayHub {
   [[nodiscard]] Eventually<Verdict> phoneFrame(PhoneAddress from, RelayPeer& phone, Frame frame);
   void phoneLeft(const PhoneAddress& address, const RelayPeer& phone);
 
+  /// A socket that may be gone by now.
+  struct Seat {
+    PhoneAddress place;  ///< without a device id for an agent
+    RelayPeer* peer = nullptr;
+  };
+  [[nodiscard]] std::vector<Seat> seats() const;
+  /// Closes the socket with 1012, if it is still there, and tells it when to come back.
+  void restart(const Seat& seat, std::chrono::milliseconds reconnectAfter);
   /// Closes every socket with 1001 and refuses new ones so.
   void close();
 

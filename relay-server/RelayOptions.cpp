@@ -74,6 +74,15 @@ Taken takeTlsKey(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+Taken takeDrainTime(RelayOptions& options, std::string_view value) {
+  unsigned seconds = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
+  if (error != std::errc{} || end != value.data() + value.size() || seconds > 3600)
+    return std::unexpected(fmt::format("{} is no number of seconds from 0 to 3600", value));
+  options.drainTime = std::chrono::seconds(seconds);
+  return {};
+}
+
 Taken takeMetrics(RelayOptions& options, std::string_view value) {
   auto listen = parsedListenAddress(value);
   if (!listen) return std::unexpected(fmt::format("{} is not an address and port such as 127.0.0.1:9464", value));
@@ -111,6 +120,7 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--log-format", takeLogFormat},
       {"--log-level", takeLogLevel},
       {"--metrics", takeMetrics},
+      {"--drain-time", takeDrainTime},
   };
   return table;
 }
@@ -144,6 +154,8 @@ WebSocket: listen on loopback, behind a proxy that ends TLS.
   --log-format FORMAT      text, a sentence for each event (the default), or json, an object for each
   --log-level LEVEL        the least that is logged: debug, info (the default), warning or error
   --metrics ADDRESS:PORT   tell Prometheus there, at /metrics, how the relay fares; for no stranger to reach
+  --drain-time SECONDS     how long SIGTERM takes to send everybody away; by default a second for each hundred sockets,
+                           ten at most
 
   --help                   show this text
   --version                show the version

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <expected>
 #include <filesystem>
@@ -40,6 +41,8 @@ struct RelayOptions {
   std::optional<std::filesystem::path> pageDirectory{};
   std::optional<TlsContext::Files> tls{};  ///< absent where connections are plain
   LogSettings log{};
+  /// How long sockets are let go when the relay is to end; absent for as long as their number needs.
+  std::optional<std::chrono::seconds> drainTime{};
   std::optional<ListenAddress> metrics{};  ///< where metrics are told, if anywhere
   bool operator==(const RelayOptions&) const = default;
 

@@ -18,7 +18,8 @@ class RelayPeer {
   /// False when the peer is closing or has fallen too far behind (and is then being closed): the frame will not arrive.
   virtual bool send(Frame frame, FrameType type) = 0;
   /// Closes once the frames already accepted are out. The first code stays.
-  virtual void close(CloseCode code) = 0;
+  virtual void close(CloseCode code, std::string reason) = 0;
+  void close(CloseCode code) { close(code, {}); }
 };
 
 }  // namespace tallyfox::server

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/post.hpp>
@@ -9,6 +10,7 @@
 #include <boost/asio/use_awaitable.hpp>
 #include <csignal>
 #include <exception>
+#include <random>
 #include <utility>
 
 #include "HttpSession.hpp"
@@ -44,7 +46,7 @@ RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLi
       unauthenticated_(limits.unauthenticatedConnections),
       clientLimits_(limits_, options.trustedProxies),
       metricsListener_(io_, {.metrics = [this] { return metricsText(); },
-                             .trouble = [this] { return acceptor_.is_open() ? "" : "stopping"; }}) {
+                             .trouble = [this] { return drain_.isUnderWay() ? "draining" : ""; }}) {
   onReload([this](const RelayOptions& fresh) { return freshCertificates(fresh); });
 }
 
@@ -124,7 +126,7 @@ void RelayServer::obeySignals() {
   endSignals_.add(SIGTERM);
   endSignals_.add(SIGINT);
   endSignals_.async_wait([this](boost::system::error_code cancelled, int) {
-    if (!cancelled) closeEverything();
+    if (!cancelled) beginDrain();
   });
   reloadSignals_.add(SIGHUP);
   awaitReload();
@@ -204,12 +206,44 @@ void RelayServer::serve(tcp::socket socket) {
                                                    .limits = limits_,
                                                    .clientLimits = clientLimits_,
                                                    .metrics = metrics_,
+                                                   .drain = drain_,
                                                    .page = page_ ? &*page_ : nullptr,
                                                    .tls = tls_ ? &tls_->current() : nullptr});
   // The completion keeps the session as long as its coroutine runs.
   asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
     if (failure) log_.write(log_event::connectionFailed);
   });
+}
+
+void RelayServer::drain() {
+  asio::post(io_, [this] { beginDrain(); });
+}
+
+void RelayServer::beginDrain() {
+  if (drain_.isUnderWay() || !acceptor_.is_open()) return;
+  // A second signal ends the process.
+  boost::system::error_code ignored;
+  endSignals_.clear(ignored);
+  auto seats = hub_.seats();
+  const Drain::Length length =
+      options_.drainTime ? Drain::Length(*options_.drainTime) : Drain::usualLength(seats.size());
+  drain_.begin(std::chrono::steady_clock::now(), length, seats.size());
+  log_.write(log_event::draining, {LogField::count(seats.size())});
+  // So that one pairing's sockets do not all go at once.
+  std::ranges::shuffle(seats, std::minstd_rand(std::random_device{}()));
+  asio::co_spawn(io_, letGo(std::move(seats)), [this](const std::exception_ptr&) { closeEverything(); });
+}
+
+asio::awaitable<void> RelayServer::letGo(std::vector<RelayHub::Seat> seats) {
+  for (std::size_t number = 0; number <= seats.size() && acceptor_.is_open(); ++number) {
+    const auto due = number < seats.size() ? drain_.departure(number) : drain_.end();
+    if (const auto now = std::chrono::steady_clock::now(); due > now) {
+      drainTimer_.expires_at(due);
+      co_await drainTimer_.async_wait(resultOf);
+    }
+    if (number < seats.size() && acceptor_.is_open())
+      hub_.restart(seats[number], drain_.reconnectAfter(std::chrono::steady_clock::now()));
+  }
 }
 
 void RelayServer::closeEverything() {
@@ -221,6 +255,7 @@ void RelayServer::closeEverything() {
   // Not cleared: a SIGHUP must not end what is ending in order.
   reloadSignals_.cancel(ignored);
   metricsListener_.close();
+  drainTimer_.cancel();
   unauthenticated_.turnAllAway(CloseCode::goingAway);
   hub_.close();
 }

@@ -4,12 +4,14 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <expected>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "ClientLimits.hpp"
+#include "Drain.hpp"
 #include "MeasuredStore.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
@@ -47,6 +49,8 @@ class RelayServer {
   void reload();
   /// Serves until it is stopped and every socket is closed.
   void run();
+  /// Does what SIGTERM asks for: lets the sockets go one by one with 1012, and then stops. From any thread.
+  void drain();
   /// Closes every socket with 1001 and ends run(). From any thread.
   void stop();
 
@@ -67,6 +71,8 @@ class RelayServer {
   [[nodiscard]] ReloadHooks::Prepared freshCertificates(const RelayOptions& options);
   [[nodiscard]] std::expected<void, std::string> listenForMetrics(const ListenAddress& address);
   [[nodiscard]] std::string metricsText() const;
+  void beginDrain();
+  boost::asio::awaitable<void> letGo(std::vector<RelayHub::Seat> seats);
   void closeEverything();
   void warnOfCertificates();
 
@@ -81,10 +87,12 @@ class RelayServer {
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
   ReloadHooks reloadHooks_;
+  Drain drain_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to
   boost::asio::ip::tcp::acceptor acceptor_{io_};
   MetricsListener metricsListener_;
   boost::asio::ip::tcp::endpoint endpoint_;
+  boost::asio::steady_timer drainTimer_{io_};
   boost::asio::signal_set endSignals_{io_};
   boost::asio::signal_set reloadSignals_{io_};
 };

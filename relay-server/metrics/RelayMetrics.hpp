@@ -14,12 +14,12 @@ namespace tallyfox::server {
 struct RelayMetrics {
   enum class Peer : std::uint8_t { agent, phone };
   enum class Undeliverable : std::uint8_t { noAgent, agentNotReading };
-  enum class Refusal : std::uint8_t { connectionRate, requestRate, newcomers, helloTime };
+  enum class Refusal : std::uint8_t { connectionRate, requestRate, newcomers, helloTime, draining };
 
   static constexpr std::array<std::string_view, 2> peerNames{"agent", "phone"};
   static constexpr std::array<std::string_view, 2> undeliverableNames{"no_agent", "agent_not_reading"};
-  static constexpr std::array<std::string_view, 4> refusalNames{"connection_rate", "request_rate", "newcomers",
-                                                                "hello_time"};
+  static constexpr std::array<std::string_view, 5> refusalNames{"connection_rate", "request_rate", "newcomers",
+                                                                "hello_time", "draining"};
 
   /// What is so at the moment of asking.
   struct Gauges {

@@ -53,6 +53,15 @@ void LiveRelay::reload() {
   server_->reload();
 }
 
+void LiveRelay::drain() {
+  server_->drain();
+}
+
+void LiveRelay::awaitEnd() {
+  thread_.join();
+  server_.reset();
+}
+
 struct TestConnection::State {
   asio::io_context io;
   asio::ip::tcp::socket socket{io};
@@ -183,6 +192,11 @@ std::string TestSocket::next() {
   if (error == websocket::error::closed) return "closed " + std::to_string(state_->socket.reason().code);
   if (error) return "cut";
   return text;
+}
+
+std::string TestSocket::closeReason() const {
+  const auto& reason = state_->socket.reason().reason;
+  return {reason.data(), reason.size()};
 }
 
 void TestSocket::close() {

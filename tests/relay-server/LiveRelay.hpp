@@ -27,6 +27,9 @@ class LiveRelay {
   LiveRelay& operator=(const LiveRelay&) = delete;
 
   void stop();
+  void drain();
+  /// Waits until it has ended by itself.
+  void awaitEnd();
   /// Connections that are made after this call get what was read.
   void reload();
   [[nodiscard]] std::uint16_t port() const { return port_; }
@@ -79,6 +82,8 @@ class TestSocket {
   void sendBinary(const std::string& bytes);
   /// The next frame, or "closed CODE", or "cut" when the connection ended otherwise, or "silence".
   [[nodiscard]] std::string next();
+  /// Of a close that was read.
+  [[nodiscard]] std::string closeReason() const;
   void close();
 
   unsigned status = 0;

@@ -40,7 +40,8 @@ class RecordedPeer final : public RelayPeer {
     frames.push_back(*frame);
     return true;
   }
-  void close(CloseCode code) override {
+  using RelayPeer::close;
+  void close(CloseCode code, std::string) override {
     if (!closed) closed = code;
   }
   /// The frames since the last call.

@@ -79,7 +79,7 @@ TEST(RelayOptions, explainEachOption) {
   for (const std::string word :
        {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--page DIRECTORY ",
         "--tls-certificate FILE ", "--tls-key FILE ", "--log-format FORMAT ", "--log-level LEVEL ",
-        "--metrics ADDRESS:PORT ", "--help ", "--version "})
+        "--metrics ADDRESS:PORT ", "--drain-time SECONDS ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -107,6 +107,8 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
       {{"--listen", "127.0.0.1:1", "--data", "d", "--log-format", "xml"}, "xml is no log format: text or json"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--log-level", "4"}, "4 is no log level: debug, info, warning or"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--metrics", "9464"}, "9464 is not an address and port"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--drain-time", "10s"}, "10s is no number of seconds from 0 to 3600"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--drain-time", "3601"}, "3601 is no number of seconds"},
       {{"--listen", "127.0.0.1", "--data", "d"}, "127.0.0.1 is not an address and port"},
       {{"--listen", "localhost:80", "--data", "d"}, "localhost:80 is not"},
       {{"--listen", "127.0.0.1:65536", "--data", "d"}, "127.0.0.1:65536 is not"},

@@ -175,9 +175,21 @@ TEST(RelayProgram, endsGracefullyOnBothSignals) {
     TestSocket agent(port, "/", "token");
     EXPECT_THAT(agent.next(), HasSubstr("phone.status"));
     relay.signal(number);
-    EXPECT_EQ(agent.next(), "closed 1001");
+    EXPECT_EQ(agent.next(), "closed 1012");
     EXPECT_EQ(relay.ended(), 0);
   }
+}
+
+TEST(RelayProgram, endsAtOnceOnASecondSignal) {
+  const TemporaryDirectory directory;
+  auto arguments = listeningAt(directory.path());
+  arguments.insert(arguments.end(), {"--drain-time", "3600"});
+  RelayProcess relay(arguments);
+  EXPECT_NE(relay.port(), 0);
+  relay.signal(SIGTERM);
+  EXPECT_EQ(relay.errors.line(), "Tallyfox relay draining 0 sockets.");
+  relay.signal(SIGTERM);
+  EXPECT_EQ(relay.ended(), -SIGTERM);
 }
 
 TEST(RelayProgram, logsObjectsAndReloadsOnHangUp) {

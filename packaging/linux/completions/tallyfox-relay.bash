@@ -14,9 +14,9 @@ _tallyfox_relay() {
       ;;
     --log-format) mapfile -t COMPREPLY < <(compgen -W "text json" -- "$word") ;;
     --log-level) mapfile -t COMPREPLY < <(compgen -W "debug info warning error" -- "$word") ;;
-    --listen | --trusted-proxy | --metrics) ;;
+    --listen | --trusted-proxy | --metrics | --drain-time) ;;
     *)
-      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key --log-format --log-level --metrics"
+      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key --log-format --log-level --metrics --drain-time"
       mapfile -t COMPREPLY < <(compgen -W "$options --help --version" -- "$word")
       ;;
   esac
