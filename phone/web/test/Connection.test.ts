@@ -109,6 +109,7 @@ describe('a connection', () => {
 
   it.each([
     [1001, 'relayStopped', 1_000],
+    [1012, 'relayStopped', 1_000],
     [1006, 'lost', 1_000],
     [1005, 'lost', 1_000],
     [1011, 'relayTrouble', 6_000],
@@ -123,6 +124,27 @@ describe('a connection', () => {
     expect(sockets.all).toHaveLength(1);
     clock.advance(within / 2 + 1);
     expect(sockets.all).toHaveLength(2);
+  });
+
+  it.each([
+    [12.4, 12_400],
+    [0, 0],
+    [-5, 0],
+    [1e9, 300_000],
+  ])('comes back when a relay that restarts asks for it: after %d seconds', async (reconnectAfter, wait) => {
+    await connected();
+    sockets.last.receive({ type: 'relay.restart', reconnectAfter });
+    expect(connection.state.kind).toBe('connected');
+    sockets.last.end(1012);
+    expect(connection.state).toEqual({ kind: 'waiting', cause: 'relayStopped' });
+    if (wait > 0) clock.advance(wait - 1);
+    expect(sockets.all).toHaveLength(1);
+    clock.advance(1);
+    expect(sockets.all).toHaveLength(2);
+    // It held for that connection alone.
+    sockets.last.end(1006);
+    clock.advance(1_000);
+    expect(sockets.all).toHaveLength(3);
   });
 
   it('stops when it is told that it was unpaired', async () => {

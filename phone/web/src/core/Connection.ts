@@ -47,6 +47,8 @@ const welcomeTime = 20_000;
 const steadyTime = 10_000;
 /// From phone.leave to the relay's close.
 const leaveTime = 5_000;
+/// A relay that asks for more patience than this does not know what it asks.
+const greatestRestartTime = 300_000;
 
 /// Keeps one phone connected with its relay: says hello, waits for the welcome, and comes back after a loss, unless the
 /// relay said that it should not.
@@ -57,6 +59,8 @@ export class Connection {
   private failures = 0;
   private welcomedAt: number | undefined;
   private leaving = false;
+  /// When to come back, as the relay that restarts said, in milliseconds.
+  private restartTime: number | undefined;
 
   constructor(
     private readonly ports: ConnectionPorts,
@@ -150,6 +154,9 @@ export class Connection {
       case 'phone.unpaired':
         this.stopFor('unpaired');
         break;
+      case 'relay.restart':
+        this.restartTime = Math.min(Math.max(message.reconnectAfter * 1_000, 0), greatestRestartTime);
+        break;
       case 'unknown':
         break;
       default:
@@ -175,12 +182,18 @@ export class Connection {
       this.stopFor(closing.reason);
       return;
     }
+    const { restartTime } = this;
     this.drop();
     if (held) this.failures = 0;
-    const delay = Math.max(reconnectDelay(this.failures, this.ports.random), closing.leastDelay * (1 + this.ports.random()));
-    this.failures += 1;
-    this.setTimer(delay, () => this.open());
+    this.setTimer(restartTime ?? this.nextDelay(closing.leastDelay), () => this.open());
     this.change({ kind: 'waiting', cause: closing.cause });
+  }
+
+  private nextDelay(least: number): number {
+    const { random } = this.ports;
+    const delay = Math.max(reconnectDelay(this.failures, random), least * (1 + random()));
+    this.failures += 1;
+    return delay;
   }
 
   private stopFor(reason: StopReason): void {
@@ -193,6 +206,7 @@ export class Connection {
     this.socket = undefined;
     this.welcomedAt = undefined;
     this.leaving = false;
+    this.restartTime = undefined;
     this.cancelTimer();
     socket?.close();
   }

@@ -29,6 +29,7 @@ export function closingFor(code: number): Closing {
       // Perhaps asked for by another tab: coming back would pair the phone again.
       return stop('left');
     case 1001:
+    case 1012:
       return wait('relayStopped');
     case 1011:
       return wait('relayTrouble', troubleDelay);

@@ -16,6 +16,8 @@ export type IncomingMessage =
   | { readonly type: 'approval.result'; readonly decisionID: string; readonly encryptedResult: SealedPayload }
   | { readonly type: 'decision.undeliverable'; readonly decisionID: string; readonly reason: string }
   | { readonly type: 'phone.unpaired' }
+  /// In seconds from now; the close follows.
+  | { readonly type: 'relay.restart'; readonly reconnectAfter: number }
   | { readonly type: 'unknown' };
 
 export const resultStatuses = ['accepted', 'failed', 'not_found', 'requires_direct_access'] as const;
@@ -68,6 +70,8 @@ export function decodedMessage(text: string): IncomingMessage {
       };
     case 'decision.undeliverable':
       return { type, decisionID: reader.string('decisionID'), reason: reader.optionalString('reason') ?? 'offline' };
+    case 'relay.restart':
+      return { type, reconnectAfter: reader.number('reconnectAfter') };
     case 'phone.unpaired':
       return { type };
     default:
