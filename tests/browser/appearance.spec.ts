@@ -5,19 +5,24 @@ import { accessibilityFindings } from './support/audit.ts';
 import { expect, test } from './support/fixtures.ts';
 import { picturesFolder } from './support/places.ts';
 import type { Phone } from './support/Phone.ts';
+import { Computer } from './support/World.ts';
+
+test.slow();
 
 const widths = [320, 390, 1280];
 const schemes = ['light', 'dark'] as const;
 
-/** Examines the screen as it is now in every width and scheme, and keeps a picture of each. */
+/** Examines the screen as it is now in every width, as a phone shows it in both schemes, and keeps pictures. */
 async function examine(phone: Phone, name: string): Promise<void> {
   await test.step(name, async () => {
     mkdirSync(picturesFolder, { recursive: true });
     for (const width of widths) {
       await phone.page.setViewportSize({ width, height: width < 600 ? 844 : 800 });
+      // Under the header that stays, the examiner would not see colours.
+      await phone.page.evaluate(() => scrollTo(0, 0));
       const wide = await phone.page.evaluate(() => document.documentElement.scrollWidth);
       expect(wide, `${name} scrolls sideways at ${width} pixels`).toBeLessThanOrEqual(width);
-      for (const colorScheme of schemes) {
+      for (const colorScheme of width === 390 ? schemes : schemes.slice(0, 1)) {
         await phone.page.emulateMedia({ colorScheme, reducedMotion: 'reduce' });
         await phone.page.screenshot({ path: path.join(picturesFolder, `${name}-${width}-${colorScheme}.png`) });
         if (width !== 390) continue;
@@ -59,4 +64,43 @@ test('every screen is good to read, in light and dark, narrow and wide, for eyes
   await computer.stopAgent();
   await expect(phone.computer()).toContainText('Computer offline');
   await examine(phone, 'offline');
+});
+
+test('so is what comes up seldom: long words, many buttons, two taps, results, several computers, an end', async ({
+  computer,
+  phone,
+  world,
+}) => {
+  await phone.pairByPaste(await computer.code(), 'A computer with quite a long name in the study');
+  const path = `/home/kim/${'Projects-and-other-things/'.repeat(4)}letter.txt`;
+  const buttons = [
+    'Cancel',
+    'Keep Both of Them',
+    'Move the Old One Aside',
+    'Replace',
+    'Replace All of Them Without Asking',
+  ];
+  await computer.obedientDialog('Long', `Replace ${path}?`, ...buttons.map((label) => `${label}=press`));
+  await phone.answer(phone.card('Long'), 'Replace');
+  await examine(phone, 'long-words');
+
+  await computer.askForAccess('Mail');
+  await phone.answer(phone.card('Mail'), 'Allow');
+  await expect(phone.card('Mail')).toContainText('Done');
+  await computer.question('Printer', 'Erase the print queue?', 'Erase', 'Keep');
+  await phone.suppress(phone.card('Printer'));
+  await examine(phone, 'results');
+  await phone.openSettings();
+  await examine(phone, 'muted');
+  await phone.closeSettings();
+
+  const attic = await Computer.begin(world, 'attic');
+  await phone.pairByPaste(await attic.code(), 'Attic');
+  await attic.askForAccess('Calendar');
+  await expect(phone.card('Calendar')).toBeVisible();
+  await expect.poll(() => attic.codeOnScreen()).toBeNull();
+  await attic.press('Unpair iPhone');
+  await attic.press('Unpair');
+  await expect(phone.text('The computer unpaired this phone')).toBeVisible();
+  await examine(phone, 'two-computers');
 });

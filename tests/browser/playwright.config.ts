@@ -1,15 +1,16 @@
 import { defineConfig } from '@playwright/test';
 
-import { cameraVideo, resultsFolder } from './support/places.ts';
+import { cameraVideo, documentPictures, resultsFolder } from './support/places.ts';
 
 /** One browser and one relay after the other: what is tested waits for real desktops, not for the processor. */
 export default defineConfig({
   testDir: '.',
   outputDir: resultsFolder,
   workers: 1,
+  ...(documentPictures === '' ? { grepInvert: /@pictures/ } : { grep: /@pictures/ }),
   forbidOnly: true,
-  timeout: 60_000,
-  expect: { timeout: 15_000 },
+  timeout: 180_000,
+  expect: { timeout: 45_000 },
   reporter: 'list',
   use: {
     trace: 'retain-on-failure',

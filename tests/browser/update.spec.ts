@@ -15,7 +15,7 @@ test('a page that was opened before its update goes on, offers the new one, and 
   const renewed = renewServedPage();
   await world.startRelay();
 
-  await expect(phone.computer()).toContainText('Connected', { timeout: 30_000 });
+  await expect(phone.computer()).toContainText('Connected');
   expect(await version()).toBeUndefined();
   const dialog = await computer.askForAccess('Mail');
   await phone.answer(phone.card('Mail'), 'Allow');

@@ -352,6 +352,7 @@ describe('muting', () => {
     board.replace([]);
     clock.advance(undoTime - 1);
     expect(card(approval)?.phase.kind).toBe('suppressing');
+    expect(board.waitingCount).toBe(0);
     clock.advance(1);
     expect(card(approval)?.phase).toMatchObject({ end: { kind: 'suppressed' } });
     clock.advance(endedTime);

@@ -20,5 +20,7 @@ export const worldFolder = path.join(buildFolder, 'browser', 'world');
 export const cameraVideo = path.join(buildFolder, 'browser', 'camera.y4m');
 /** Pictures of the page. */
 export const picturesFolder = path.join(buildFolder, 'browser', 'pictures');
+/** Where pictures for the documents go, when they are asked for. */
+export const documentPictures = process.env.TALLYFOX_PICTURES ?? '';
 /** Of each test that failed: a picture and a trace. */
 export const resultsFolder = path.join(buildFolder, 'browser', 'results');

@@ -84,7 +84,7 @@ export class ApprovalBoard {
 
   /// How many still wait for an answer.
   get waitingCount(): number {
-    return [...this.entries.values()].filter(({ phase }) => phase.kind !== 'ended').length;
+    return [...this.entries.values()].filter(({ phase: { kind } }) => kind !== 'ended' && kind !== 'suppressing').length;
   }
 
   /// The computer's list as it is now. `isFirst` is true for the first list after a new connection: results that were
