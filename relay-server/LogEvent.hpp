@@ -10,9 +10,21 @@ namespace tallyfox::server {
 enum class LogLevel : std::uint8_t { debug, info, warning, error };
 
 /// What a log line may tell; the names are those of the JSON form and of the gaps in a sentence.
-enum class LogKey : std::uint8_t { pairing, device, network, address, code, status, count, task, setting, reason };
-inline constexpr std::array<std::string_view, 10> logKeyNames{"pairing", "device", "network", "address", "code",
-                                                              "status",  "count",  "task",    "setting", "reason"};
+enum class LogKey : std::uint8_t {
+  pairing,
+  device,
+  network,
+  address,
+  code,
+  status,
+  count,
+  task,
+  setting,
+  node,
+  reason
+};
+inline constexpr std::array<std::string_view, 11> logKeyNames{
+    "pairing", "device", "network", "address", "code", "status", "count", "task", "setting", "node", "reason"};
 
 /// One kind of event: its name in the JSON form, and the sentence of the text form with a gap such as {pairing} for
 /// each field. Only constants of the program can be events.

@@ -31,6 +31,18 @@ inline constexpr LogEvent helloMalformed{info, "hello.malformed", "A phone's hel
 inline constexpr LogEvent undeliverable{info, "decision.undeliverable",
                                         "A decision of phone {device} found no agent of pairing {pairing}."};
 
+inline constexpr LogEvent uncertain{
+    warning, "decision.uncertain", "A decision of phone {device} may not have reached the agent of pairing {pairing}."};
+
+inline constexpr LogEvent clusterLost{error, "cluster.lost", "Cut off from NATS."};
+inline constexpr LogEvent clusterBack{info, "cluster.back", "Connected to NATS again."};
+inline constexpr LogEvent nodeLost{warning, "node.lost", "Node {node} is lost."};
+inline constexpr LogEvent nodeBack{info, "node.back", "Node {node} is back."};
+inline constexpr LogEvent nodeMalformed{warning, "node.malformed", "Another node said what is no message: {reason}"};
+inline constexpr LogEvent agentSuperseded{info, "agent.superseded",
+                                          "A newer agent of pairing {pairing} is at another node."};
+inline constexpr LogEvent unmet{error, "cluster.unmet", "Unable to meet the other nodes in pairing {pairing}."};
+
 inline constexpr LogEvent requestRefused{debug, "request.refused", "A request of {network} got {status}."};
 inline constexpr LogEvent connectionFailed{error, "connection.failed", "A connection failed unexpectedly."};
 inline constexpr LogEvent acceptFailed{error, "accept.failed", "Unable to accept a connection: {reason}"};

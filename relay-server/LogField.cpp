@@ -40,6 +40,10 @@ LogField LogField::device(std::string_view id) {
   return text(LogKey::device, id, identifierBytes);
 }
 
+LogField LogField::node(std::string_view id) {
+  return text(LogKey::node, id, identifierBytes);
+}
+
 LogField LogField::network(const ip::address& client) {
   return {LogKey::network, networkText(client)};
 }

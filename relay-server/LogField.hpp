@@ -43,6 +43,8 @@ class LogField {
   [[nodiscard]] static LogField code(CloseCode code);
   [[nodiscard]] static LogField status(unsigned httpStatus);
   [[nodiscard]] static LogField count(std::uint64_t count);
+  /// One relay of several.
+  [[nodiscard]] static LogField node(std::string_view id);
   /// What could not be done.
   [[nodiscard]] static LogField task(LogText task);
   /// The name of an option.

@@ -17,18 +17,40 @@ constexpr std::size_t socketsPerDevice = 4;
 void PairingRoom::setAgent(RelayPeer& agent) {
   RelayPeer* const older = std::exchange(agent_, &agent);
   lastPhoneStatus_.clear();
-  if (older != nullptr) {
-    older->close(CloseCode::replaced);
-  } else {
-    sendToPhones(agentStatus(true), FrameType::agentStatus);
-  }
+  if (older != nullptr) older->close(CloseCode::replaced);
+  publishAgentStatus();
 }
 
 bool PairingRoom::removeAgent(const RelayPeer& agent) {
   if (!isAgent(agent)) return false;
   agent_ = nullptr;
-  sendToPhones(agentStatus(false), FrameType::agentStatus);
+  publishAgentStatus();
   return true;
+}
+
+void PairingRoom::yieldAgent() {
+  if (agent_ == nullptr) return;
+  std::exchange(agent_, nullptr)->close(CloseCode::replaced);
+  publishAgentStatus();
+}
+
+void PairingRoom::setElsewhere(bool agent, std::set<std::string, std::less<>> devices) {
+  agentElsewhere_ = agent;
+  devicesElsewhere_ = std::move(devices);
+  publishAgentStatus();
+}
+
+void PairingRoom::publishAgentStatus() {
+  const bool connected = agent_ != nullptr || agentElsewhere_;
+  if (std::exchange(toldAgentConnected_, connected) != connected)
+    sendToPhones(agentStatus(connected), FrameType::agentStatus);
+}
+
+std::set<std::string, std::less<>> PairingRoom::devices() const {
+  std::set<std::string, std::less<>> ids;
+  for (const auto& [deviceID, sockets] : phones_)
+    ids.insert(deviceID);
+  return ids;
 }
 
 void PairingRoom::addPhone(const std::string& deviceID, RelayPeer& phone) {
@@ -38,7 +60,7 @@ void PairingRoom::addPhone(const std::string& deviceID, RelayPeer& phone) {
     sockets.front()->close(CloseCode::replaced);
     sockets.erase(sockets.begin());
   }
-  phone.send(relayWelcome(agent_ != nullptr), FrameType::relayWelcome);
+  phone.send(relayWelcome(toldAgentConnected_), FrameType::relayWelcome);
   if (snapshot_) phone.send(snapshot_, FrameType::macSnapshot);
 }
 
@@ -80,7 +102,7 @@ void PairingRoom::publishPhoneStatus() {
     phones.push_back({.deviceID = device.id,
                       .deviceName = device.name,
                       .platform = device.platform,
-                      .connected = phones_.contains(device.id)});
+                      .connected = isConnected(device.id)});
   }
   const PhoneStatusRelayMessage message{
       .phoneConnected = std::ranges::any_of(phones, [](const auto& phone) { return *phone.connected; }),
@@ -103,11 +125,19 @@ void PairingRoom::dismissPhone(const std::string& deviceID) {
   }
 }
 
+void PairingRoom::dismissUnpairedPhones() {
+  if (!pairedDevices_) return;
+  for (const std::string& deviceID : devices())
+    if (std::ranges::find(*pairedDevices_, deviceID, &DeviceRecord::id) == pairedDevices_->end())
+      dismissPhone(deviceID);
+}
+
 void PairingRoom::dismissAll() {
   sendToPhones(phoneUnpaired(), FrameType::phoneUnpaired);
   closeAll(CloseCode::unpaired);
   phones_.clear();
   agent_ = nullptr;
+  toldAgentConnected_ = agentElsewhere_;
   snapshot_.reset();
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,7 +31,19 @@ class PairingRoom {
   [[nodiscard]] bool hasAgent() const { return agent_ != nullptr; }
   [[nodiscard]] bool isAgent(const RelayPeer& peer) const { return agent_ == &peer; }
   [[nodiscard]] bool isPhone(const std::string& deviceID, const RelayPeer& peer) const;
-  [[nodiscard]] bool empty() const { return agent_ == nullptr && phones_.empty() && !snapshot_; }
+  [[nodiscard]] bool deserted() const { return agent_ == nullptr && phones_.empty(); }
+  [[nodiscard]] bool empty() const { return deserted() && !snapshot_; }
+  /// Whether the device has a socket here or elsewhere.
+  [[nodiscard]] bool isConnected(const std::string& deviceID) const {
+    return phones_.contains(deviceID) || devicesElsewhere_.contains(deviceID);
+  }
+  /// The devices that have a socket here.
+  [[nodiscard]] std::set<std::string, std::less<>> devices() const;
+
+  /// What is at other machines: phones are told when the last agent went or the first came, wherever it is.
+  void setElsewhere(bool agent, std::set<std::string, std::less<>> devices);
+  /// Lets the agent's socket go, as a newer one is elsewhere.
+  void yieldAgent();
 
   void sendToPhones(const Frame& frame, FrameType type);
   /// False when no agent is there to take it.
@@ -48,6 +61,8 @@ class PairingRoom {
   /// Tells one phone, at each of its sockets, that it is unpaired and lets it go; one that is not connected needs no
   /// telling.
   void dismissPhone(const std::string& deviceID);
+  /// Dismisses the phones that are paired no longer, as the storage said last.
+  void dismissUnpairedPhones();
   /// Tells every phone so, and lets them and the agent go.
   void dismissAll();
   /// Closes every socket; each still takes itself out.
@@ -56,10 +71,15 @@ class PairingRoom {
   void forEach(const std::function<void(const std::string& deviceID, RelayPeer& peer)>& visit) const;
 
  private:
+  /// Tells the phones whether there is an agent, when that differs from before.
+  void publishAgentStatus();
   /// Every phone's sockets; the order of one device's sockets is that of their joining.
   void forEachPhone(const std::function<void(RelayPeer&)>& visit) const;
 
   RelayPeer* agent_ = nullptr;
+  bool agentElsewhere_ = false;
+  bool toldAgentConnected_ = false;  ///< what the phones know
+  std::set<std::string, std::less<>> devicesElsewhere_;
   std::map<std::string, std::vector<RelayPeer*>, std::less<>> phones_;  ///< no device without a socket
   std::optional<std::vector<DeviceRecord>> pairedDevices_;
   Frame snapshot_;

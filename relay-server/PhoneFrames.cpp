@@ -19,8 +19,8 @@ Frame agentStatus(bool agentConnected) {
   return frameOf({{"type", "agent.status"}, {"agentConnected", agentConnected}});
 }
 
-Frame decisionUndeliverable(std::string_view decisionID) {
-  return frameOf({{"type", "decision.undeliverable"}, {"decisionID", decisionID}, {"reason", "offline"}});
+Frame decisionUndeliverable(std::string_view decisionID, std::string_view reason) {
+  return frameOf({{"type", "decision.undeliverable"}, {"decisionID", decisionID}, {"reason", reason}});
 }
 
 Frame relayRestart(std::chrono::milliseconds reconnectAfter) {

@@ -10,7 +10,8 @@ namespace tallyfox::server {
 
 [[nodiscard]] Frame relayWelcome(bool agentConnected);
 [[nodiscard]] Frame agentStatus(bool agentConnected);
-[[nodiscard]] Frame decisionUndeliverable(std::string_view decisionID);
+/// `reason` is `offline`, or `uncertain` when the decision may have been delivered all the same.
+[[nodiscard]] Frame decisionUndeliverable(std::string_view decisionID, std::string_view reason);
 [[nodiscard]] Frame phoneUnpaired();
 [[nodiscard]] Frame relayRestart(std::chrono::milliseconds reconnectAfter);
 

@@ -22,14 +22,44 @@ std::expected<std::string, DecodingError> typeOf(const std::expected<Json, Decod
 
 }  // namespace
 
+/// Keeps the room of a pairing while a call that waits needs it.
+class RelayHub::Visit {
+ public:
+  Visit(RelayHub& hub, std::string pairingID) : hub_(hub), pairingID_(std::move(pairingID)) {
+    ++hub_.rooms_[pairingID_].visits;
+  }
+  ~Visit() {
+    --hub_.rooms_[pairingID_].visits;
+    hub_.discardWhenEmpty(pairingID_);
+  }
+  Visit(const Visit&) = delete;
+  Visit& operator=(const Visit&) = delete;
+
+ private:
+  RelayHub& hub_;
+  std::string pairingID_;
+};
+
+RelayHub::RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits, RelayMetrics& metrics,
+                   PairingBus* bus)
+    : store_(store),
+      log_(log),
+      limits_(limits),
+      metrics_(metrics),
+      access_(store, log),
+      bus_(bus == nullptr ? alone_ : *bus) {
+  bus_.listen(*this);
+}
+
 RelayHub::Eventually<RelayHub::Verdict> RelayHub::agentJoined(std::string pairingID, RelayPeer& agent) {
   const auto turn = co_await turns_.take(pairingID);
+  const Visit visit(*this, pairingID);
   if (const Verdict admitted = co_await admitAgent(pairingID); !admitted) co_return admitted;
   co_await listDevices(pairingID);
-  if (closing_) {
-    discardWhenEmpty(pairingID);
-    co_return std::unexpected(CloseCode::goingAway);
-  }
+  const auto claim = co_await bus_.claimAgent(pairingID);
+  if (closing_) co_return std::unexpected(CloseCode::goingAway);
+  if (!claim) co_return std::unexpected(CloseCode::internalError);
+  if (!bus_.agentJoined(pairingID, *claim)) co_return std::unexpected(CloseCode::replaced);
   room(pairingID).setAgent(agent);
   metrics_.socketJoined(Peer::agent);
   log(log_event::agentConnected, pairingID);
@@ -39,6 +69,7 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::agentJoined(std::string pairin
 
 RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitAgent(const std::string& pairingID) {
   if (closing_) co_return std::unexpected(CloseCode::goingAway);
+  if (!co_await enterRoom(pairingID)) co_return std::unexpected(CloseCode::internalError);
   // The token was checked before the handshake, and the owner may have revoked the pairing during it.
   const auto pairing = co_await store_.pairing(pairingID);
   if (!pairing) {
@@ -62,51 +93,55 @@ RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer
   if (*type == relay_type::macSnapshot) {
     const auto snapshot = MacSnapshotRelayMessage::decoded(*message);
     if (!snapshot) co_return malformed(snapshot.error());
-    publishSnapshot(pairingID, frame);
+    keepSnapshot(pairingID, frame);
+    bus_.publishSnapshot(pairingID, frame);
   } else if (*type == relay_type::approvalResult) {
     const auto result = ApprovalResultRelayMessage::decoded(*message);
     if (!result) co_return malformed(result.error());
     room(pairingID).sendToPhones(frame, FrameType::approvalResult);
+    bus_.publishFrame(pairingID, frame);
   } else if (*type == relay_type::phoneUnpair) {
     const auto unpair = UnpairPhoneRelayMessage::decoded(*message);
     if (!unpair) co_return malformed(unpair.error());
     // What the owner asked for is done also when a newer agent has taken over by the time of its turn.
     const auto turn = co_await turns_.take(pairingID);
+    const Visit visit(*this, pairingID);
     if (unpair->deviceID) {
       co_await unpairDevice(pairingID, *unpair->deviceID);
     } else {
       co_await revokePairing(pairingID);
     }
-    discardWhenEmpty(pairingID);
   }
 }
 
 void RelayHub::agentLeft(const std::string& pairingID, const RelayPeer& agent) {
   metrics_.sockets.remove(Peer::agent);
-  if (room(pairingID).removeAgent(agent)) log(log_event::agentDisconnected, pairingID);
+  if (room(pairingID).removeAgent(agent)) {
+    log(log_event::agentDisconnected, pairingID);
+    bus_.agentLeft(pairingID);
+  }
   discardWhenEmpty(pairingID);
 }
 
 RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneJoined(PhoneHello hello, RelayPeer& phone) {
   const auto turn = co_await turns_.take(hello.pairingID);
+  const Visit visit(*this, hello.pairingID);
   if (closing_) co_return std::unexpected(CloseCode::goingAway);
-  if (const Verdict admitted = co_await admitDevice(hello); !admitted) {
+  if (const Verdict admitted = co_await admitPhone(hello); !admitted) {
     refused(hello, admitted.error());
     co_return admitted;
   }
   co_await listDevices(hello.pairingID);
-  if (closing_) {
-    discardWhenEmpty(hello.pairingID);
-    co_return std::unexpected(CloseCode::goingAway);
-  }
+  if (closing_) co_return std::unexpected(CloseCode::goingAway);
   room(hello.pairingID).addPhone(hello.deviceID, phone);
   metrics_.socketJoined(Peer::phone);
   log(log_event::phoneConnected, {.pairingID = hello.pairingID, .deviceID = hello.deviceID});
-  room(hello.pairingID).publishPhoneStatus();
+  publishPhones(hello.pairingID);
+  bus_.publishRecordChanged(hello.pairingID);
   co_return Verdict{};
 }
 
-RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& hello) {
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitPhone(const PhoneHello& hello) {
   if (const auto allowed = co_await access_.check(hello.pairingID, hello.relaySecret); !allowed) {
     switch (allowed.error()) {
       case PairingAccess::Refusal::unauthorized:
@@ -117,6 +152,18 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& 
         co_return std::unexpected(CloseCode::internalError);
     }
   }
+  // Before the device is admitted, so that no later change of what is stored goes by unheard.
+  if (!co_await enterRoom(hello.pairingID)) co_return std::unexpected(CloseCode::internalError);
+  co_return co_await admitDevice(hello);
+}
+
+RelayHub::Eventually<bool> RelayHub::enterRoom(const std::string& pairingID) {
+  const bool entered = co_await bus_.enter(pairingID);
+  if (!entered) log(log_event::unmet, pairingID);
+  co_return entered;
+}
+
+RelayHub::Eventually<RelayHub::Verdict> RelayHub::admitDevice(const PhoneHello& hello) {
   DeviceRecord wanted{.id = hello.deviceID, .name = hello.deviceName, .platform = hello.platform};
   const auto admission = co_await store_.admitDevice(hello.pairingID, std::move(wanted), limits_.phonesPerPairing);
   if (!admission) {
@@ -150,11 +197,11 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, 
   if (*type == relay_type::approvalRequest) {
     const auto request = ApprovalRequestRelayMessage::decoded(*message);
     if (!request) co_return malformed(request.error());
-    deliver(from, phone, frame, FrameType::approvalRequest, request->decisionID);
+    co_await deliver(from, phone, frame, FrameType::approvalRequest, request->decisionID);
   } else if (*type == relay_type::approvalSuppress || *type == relay_type::approvalUnsuppress) {
     const auto suppression = ApprovalSuppressionRelayMessage::decoded(*message);
     if (!suppression) co_return malformed(suppression.error());
-    deliver(from, phone, frame, frameTypeOf(*type), suppression->decisionID);
+    co_await deliver(from, phone, frame, frameTypeOf(*type), suppression->decisionID);
   } else if (*type == phoneLeave) {
     co_return co_await forgetPhone(from, phone);
   }
@@ -165,7 +212,7 @@ void RelayHub::phoneLeft(const PhoneAddress& address, const RelayPeer& phone) {
   metrics_.sockets.remove(Peer::phone);
   if (room(address.pairingID).removePhone(address.deviceID, phone)) {
     log(log_event::phoneDisconnected, address);
-    room(address.pairingID).publishPhoneStatus();
+    publishPhones(address.pairingID);
   }
   discardWhenEmpty(address.pairingID);
 }
@@ -189,6 +236,11 @@ void RelayHub::restart(const Seat& seat, std::chrono::milliseconds reconnectAfte
   seat.peer->close(CloseCode::serviceRestart, fmt::format("restart, reconnect after {:.1f} s", seconds));
 }
 
+bool RelayHub::isConnected(const PhoneAddress& address) const {
+  const auto found = rooms_.find(address.pairingID);
+  return found != rooms_.end() && found->second.room.isConnected(address.deviceID);
+}
+
 void RelayHub::close() {
   closing_ = true;
   for (auto& [pairingID, occupied] : rooms_)
@@ -197,7 +249,12 @@ void RelayHub::close() {
 
 void RelayHub::discardWhenEmpty(const std::string& pairingID) {
   const auto found = rooms_.find(pairingID);
-  if (found != rooms_.end() && found->second.room.empty()) rooms_.erase(found);
+  if (found == rooms_.end() || found->second.visits > 0) return;
+  const PairingRoom& left = found->second.room;
+  if (!left.deserted() || (!left.empty() && !bus_.keepsSnapshots())) return;
+  snapshotBytes_ -= left.snapshotBytes();
+  rooms_.erase(found);
+  bus_.leave(pairingID);
 }
 
 bool RelayHub::isAgent(const std::string& pairingID, const RelayPeer& peer) const {
@@ -210,16 +267,22 @@ bool RelayHub::isPhone(const PhoneAddress& address, const RelayPeer& peer) const
   return found != rooms_.end() && found->second.room.isPhone(address.deviceID, peer);
 }
 
-RelayHub::Eventually<void> RelayHub::listDevices(const std::string& pairingID) {
+RelayHub::Eventually<bool> RelayHub::listDevices(const std::string& pairingID) {
   auto devices = co_await store_.pairedDevices(pairingID);
   if (devices) {
     room(pairingID).setPairedDevices(std::move(*devices));
   } else {
     storageFailed("list the phones", pairingID, devices.error());
   }
+  co_return devices.has_value();
 }
 
-void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame) {
+void RelayHub::publishPhones(const std::string& pairingID) {
+  bus_.setDevices(pairingID, room(pairingID).devices());
+  room(pairingID).publishPhoneStatus();
+}
+
+void RelayHub::keepSnapshot(const std::string& pairingID, const Frame& frame) {
   Occupied& occupied = rooms_[pairingID];
   snapshotBytes_ -= occupied.room.snapshotBytes();
   occupied.room.publishSnapshot(frame);
@@ -235,18 +298,26 @@ void RelayHub::publishSnapshot(const std::string& pairingID, const Frame& frame)
     const auto oldest = std::ranges::min_element(rooms_, hasOlderSnapshot);
     snapshotBytes_ -= oldest->second.room.snapshotBytes();
     oldest->second.room.dropSnapshot();
-    if (oldest->second.room.empty()) rooms_.erase(oldest);
+    discardWhenEmpty(std::string(oldest->first));
   }
 }
 
-void RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, FrameType type,
-                       std::string_view decisionID) {
+RelayHub::Eventually<void> RelayHub::deliver(const PhoneAddress& from, RelayPeer& phone, Frame frame, FrameType type,
+                                             std::string decisionID) {
   using Undeliverable = RelayMetrics::Undeliverable;
-  PairingRoom& pairing = room(from.pairingID);
-  if (pairing.sendToAgent(frame, type)) return;
-  metrics_.undeliverables.add(pairing.hasAgent() ? Undeliverable::agentNotReading : Undeliverable::noAgent);
-  log(log_event::undeliverable, from);
-  phone.send(decisionUndeliverable(decisionID), FrameType::undeliverable);
+  if (room(from.pairingID).sendToAgent(frame, type)) co_return;
+  const bool isHere = room(from.pairingID).hasAgent();
+  const auto delivery = co_await bus_.deliver(from.pairingID, std::move(frame));
+  if (delivery == PairingBus::Delivery::delivered) co_return;
+  if (delivery == PairingBus::Delivery::uncertain) {
+    metrics_.undeliverables.add(Undeliverable::uncertain);
+    log(log_event::uncertain, from);
+    phone.send(decisionUndeliverable(decisionID, "uncertain"), FrameType::undeliverable);
+  } else {
+    metrics_.undeliverables.add(isHere ? Undeliverable::agentNotReading : Undeliverable::noAgent);
+    log(log_event::undeliverable, from);
+    phone.send(decisionUndeliverable(decisionID, "offline"), FrameType::undeliverable);
+  }
 }
 
 RelayHub::Eventually<void> RelayHub::unpairDevice(const std::string& pairingID, const std::string& deviceID) {
@@ -255,10 +326,11 @@ RelayHub::Eventually<void> RelayHub::unpairDevice(const std::string& pairingID, 
     storageFailed("unpair a phone", pairingID, unpaired.error());
   } else if (*unpaired) {
     room(pairingID).dismissPhone(deviceID);
+    bus_.publishRecordChanged(pairingID);
     log(log_event::phoneUnpaired, {.pairingID = pairingID, .deviceID = deviceID});
   }
   co_await listDevices(pairingID);
-  room(pairingID).publishPhoneStatus();
+  publishPhones(pairingID);
 }
 
 RelayHub::Eventually<void> RelayHub::revokePairing(const std::string& pairingID) {
@@ -267,14 +339,22 @@ RelayHub::Eventually<void> RelayHub::revokePairing(const std::string& pairingID)
     co_return;
   }
   log(log_event::pairingRevoked, pairingID);
+  bus_.publishRecordChanged(pairingID);
+  dismissAll(pairingID);
+}
+
+void RelayHub::dismissAll(const std::string& pairingID) {
   snapshotBytes_ -= room(pairingID).snapshotBytes();
   room(pairingID).dismissAll();
+  bus_.agentLeft(pairingID);
+  bus_.setDevices(pairingID, {});
 }
 
 RelayHub::Eventually<RelayHub::Verdict> RelayHub::forgetPhone(const PhoneAddress& from, RelayPeer& phone) {
   const auto turn = co_await turns_.take(from.pairingID);
   // Its owner may have unpaired it while it waited.
   if (!isPhone(from, phone)) co_return Verdict{};
+  const Visit visit(*this, from.pairingID);
   if (const auto forgotten = co_await store_.forgetDevice(from.pairingID, from.deviceID); !forgotten) {
     storageFailed("forget a phone", from.pairingID, forgotten.error());
     co_return std::unexpected(CloseCode::internalError);
@@ -282,8 +362,9 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::forgetPhone(const PhoneAddress
   log(log_event::phoneLeft, from);
   room(from.pairingID).removePhone(from.deviceID, phone);
   room(from.pairingID).dismissPhone(from.deviceID);
+  bus_.publishRecordChanged(from.pairingID);
   co_await listDevices(from.pairingID);
-  room(from.pairingID).publishPhoneStatus();
+  publishPhones(from.pairingID);
   co_return std::unexpected(CloseCode::normal);
 }
 
@@ -303,6 +384,53 @@ void RelayHub::refused(const PhoneHello& hello, CloseCode code) {
 void RelayHub::storageFailed(LogText task, std::string_view pairingID, const StorageError& error) {
   log_.write(log_event::storageFailedFor,
              {LogField::task(task), LogField::pairing(pairingID), LogField::reason(error)});
+}
+
+void RelayHub::presenceChanged(const std::string& pairingID) {
+  const auto found = rooms_.find(pairingID);
+  if (found == rooms_.end()) return;
+  found->second.room.setElsewhere(bus_.agentElsewhere(pairingID), bus_.devicesElsewhere(pairingID));
+  found->second.room.publishPhoneStatus();
+}
+
+void RelayHub::agentSuperseded(const std::string& pairingID) {
+  const auto found = rooms_.find(pairingID);
+  if (found == rooms_.end()) return;
+  log(log_event::agentSuperseded, pairingID);
+  presenceChanged(pairingID);
+  found->second.room.yieldAgent();
+  bus_.agentLeft(pairingID);
+}
+
+void RelayHub::frameForPhones(const std::string& pairingID, const Frame& frame) {
+  if (const auto found = rooms_.find(pairingID); found != rooms_.end())
+    found->second.room.sendToPhones(frame, FrameType::approvalResult);
+}
+
+void RelayHub::snapshotArrived(const std::string& pairingID, const Frame& snapshot) {
+  if (rooms_.contains(pairingID)) keepSnapshot(pairingID, snapshot);
+}
+
+bool RelayHub::deliverToAgent(const std::string& pairingID, const Frame& frame) {
+  const auto found = rooms_.find(pairingID);
+  const auto type = typeOf(parsedJson(*frame));
+  return found != rooms_.end() && type && found->second.room.sendToAgent(frame, frameTypeOf(*type));
+}
+
+RelayHub::Eventually<void> RelayHub::recordChanged(std::string pairingID) {
+  const auto turn = co_await turns_.take(pairingID);
+  if (!rooms_.contains(pairingID)) co_return;
+  const Visit visit(*this, pairingID);
+  const auto pairing = co_await store_.pairing(pairingID);
+  if (!pairing) {
+    storageFailed("look at the record", pairingID, pairing.error());
+  } else if (*pairing && (*pairing)->revoked) {
+    log(log_event::pairingRevoked, pairingID);
+    dismissAll(pairingID);
+  } else {
+    if (co_await listDevices(pairingID)) room(pairingID).dismissUnpairedPhones();
+    publishPhones(pairingID);
+  }
 }
 
 }  // namespace tallyfox::server

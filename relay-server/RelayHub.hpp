@@ -17,6 +17,8 @@
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayPeer.hpp"
+#include "cluster/LoneNode.hpp"
+#include "cluster/PairingBus.hpp"
 #include "metrics/RelayMetrics.hpp"
 #include "storage/PairingStore.hpp"
 
@@ -30,23 +32,25 @@ struct PhoneAddress {
 
 /// All pairings: takes in sockets that proved who they are and routes their frames. Knows no sockets itself, for one
 /// thread. What asks the storage takes turns within its pairing, so that what is stored and who is in the room change
-/// together; frames in between flow on. A failure of the storage is logged and costs the one operation that needed it.
-class RelayHub {
+/// together; frames in between flow on. A failure of the storage is logged and costs the one operation that needed
+/// it. What happens at other nodes of a cluster comes and goes over the bus.
+class RelayHub final : private PairingBus::Listener {
  public:
   /// Nothing, or the code with which the caller closes the peer.
   using Verdict = std::expected<void, CloseCode>;
   template <typename Value>
   using Eventually = boost::asio::awaitable<Value>;
 
-  RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits, RelayMetrics& metrics)
-      : store_(store), log_(log), limits_(limits), metrics_(metrics), access_(store, log) {}
+  /// Without a bus there is no other node.
+  RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits, RelayMetrics& metrics,
+           PairingBus* bus = nullptr);
 
   [[nodiscard]] PairingAccess& access() { return access_; }
   [[nodiscard]] std::size_t rooms() const { return rooms_.size(); }
   [[nodiscard]] std::size_t snapshotBytes() const { return snapshotBytes_; }
 
-  /// Peers, and what else is passed by reference, must live until the call has ended. After a join the peer must leave
-  /// before it dies; after a refusal it must not.
+  /// Peers, and what else is passed by reference, must live until the call has ended. After a join the peer must
+  /// leave before it dies; after a refusal it must not.
   [[nodiscard]] Eventually<Verdict> agentJoined(std::string pairingID, RelayPeer& agent);
   [[nodiscard]] Eventually<void> agentFrame(std::string pairingID, RelayPeer& agent, Frame frame);
   void agentLeft(const std::string& pairingID, const RelayPeer& agent);
@@ -63,6 +67,9 @@ class RelayHub {
   [[nodiscard]] std::vector<Seat> seats() const;
   /// Closes the socket with 1012, if it is still there, and tells it when to come back.
   void restart(const Seat& seat, std::chrono::milliseconds reconnectAfter);
+  /// Whether the device has a socket, at whatever node.
+  [[nodiscard]] bool isConnected(const PhoneAddress& address) const;
+
   /// Closes every socket with 1001 and refuses new ones so.
   void close();
 
@@ -70,22 +77,38 @@ class RelayHub {
   struct Occupied {
     PairingRoom room;
     std::uint64_t snapshotNumber = 0;  ///< grows with each snapshot of any room
+    std::size_t visits = 0;            ///< calls under way that need the room
   };
   using Rooms = std::map<std::string, Occupied, std::less<>>;
+
+  class Visit;
+
+  void presenceChanged(const std::string& pairingID) override;
+  void agentSuperseded(const std::string& pairingID) override;
+  void frameForPhones(const std::string& pairingID, const Frame& frame) override;
+  void snapshotArrived(const std::string& pairingID, const Frame& snapshot) override;
+  bool deliverToAgent(const std::string& pairingID, const Frame& frame) override;
+  Eventually<void> recordChanged(std::string pairingID) override;
 
   PairingRoom& room(const std::string& pairingID) { return rooms_[pairingID].room; }
   [[nodiscard]] bool isAgent(const std::string& pairingID, const RelayPeer& peer) const;
   [[nodiscard]] bool isPhone(const PhoneAddress& address, const RelayPeer& peer) const;
   void discardWhenEmpty(const std::string& pairingID);
   [[nodiscard]] Eventually<Verdict> admitAgent(const std::string& pairingID);
+  [[nodiscard]] Eventually<Verdict> admitPhone(const PhoneHello& hello);
   [[nodiscard]] Eventually<Verdict> admitDevice(const PhoneHello& hello);
-  /// Asks the storage which phones are paired; their last list stays when it fails.
-  [[nodiscard]] Eventually<void> listDevices(const std::string& pairingID);
-  void publishSnapshot(const std::string& pairingID, const Frame& frame);
-  void deliver(const PhoneAddress& from, RelayPeer& phone, const Frame& frame, FrameType type,
-               std::string_view decisionID);
+  /// False, and logged, when the other nodes cannot be asked what they have of the pairing.
+  [[nodiscard]] Eventually<bool> enterRoom(const std::string& pairingID);
+  /// Asks the storage which phones are paired. False when it fails: their last list stays.
+  Eventually<bool> listDevices(const std::string& pairingID);
+  /// Tells the agent, wherever it is, who is here now.
+  void publishPhones(const std::string& pairingID);
+  void keepSnapshot(const std::string& pairingID, const Frame& frame);
+  [[nodiscard]] Eventually<void> deliver(const PhoneAddress& from, RelayPeer& phone, Frame frame, FrameType type,
+                                         std::string decisionID);
   [[nodiscard]] Eventually<void> unpairDevice(const std::string& pairingID, const std::string& deviceID);
   [[nodiscard]] Eventually<void> revokePairing(const std::string& pairingID);
+  void dismissAll(const std::string& pairingID);
   [[nodiscard]] Eventually<Verdict> forgetPhone(const PhoneAddress& from, RelayPeer& phone);
   void log(const LogEvent& event, std::string_view pairingID);
   void log(const LogEvent& event, const PhoneAddress& phone);
@@ -97,6 +120,8 @@ class RelayHub {
   const RelayLimits& limits_;
   RelayMetrics& metrics_;
   PairingAccess access_;
+  LoneNode alone_;
+  PairingBus& bus_;
   KeyedTurns turns_;
   Rooms rooms_;
   std::size_t snapshotBytes_ = 0;

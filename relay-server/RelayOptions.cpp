@@ -12,8 +12,15 @@
 #include <system_error>
 #include <utility>
 
+#include "Identifiers.hpp"
+
 namespace tallyfox::server {
 namespace {
+
+/// A bucket's name, and so a file's, is little longer.
+constexpr std::size_t natsPrefixCharacters = 32;
+/// What NATS allows.
+constexpr int greatestReplicas = 5;
 
 std::optional<ListenAddress> parsedListenAddress(std::string_view text) {
   const std::size_t colon = text.rfind(':');
@@ -106,6 +113,46 @@ Taken takeLogLevel(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+NatsOptions& natsOf(RelayOptions& options) {
+  if (!options.nats) options.nats.emplace();
+  return *options.nats;
+}
+
+Taken takeNats(RelayOptions& options, std::string_view value) {
+  auto servers = parsedNatsServers(value);
+  if (!servers) return std::unexpected(servers.error());
+  natsOf(options).servers = std::move(*servers);
+  return {};
+}
+
+Taken takeNatsCredentials(RelayOptions& options, std::string_view value) {
+  natsOf(options).credentials = value;
+  return {};
+}
+
+Taken takeNatsAuthorities(RelayOptions& options, std::string_view value) {
+  natsOf(options).authorities = value;
+  return {};
+}
+
+Taken takeNatsPrefix(RelayOptions& options, std::string_view value) {
+  if (!isIdentifier(value, natsPrefixCharacters)) {
+    return std::unexpected(fmt::format("{} is no name of letters, digits, _ and -", value));
+  }
+  natsOf(options).prefix = value;
+  return {};
+}
+
+Taken takeNatsReplicas(RelayOptions& options, std::string_view value) {
+  int& replicas = natsOf(options).replicas;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), replicas);
+  const bool isNumber = error == std::errc{} && end == value.data() + value.size();
+  if (!isNumber || replicas < 1 || replicas > greatestReplicas) {
+    return std::unexpected(fmt::format("{} is no number of replicas from 1 to {}", value, greatestReplicas));
+  }
+  return {};
+}
+
 constexpr std::string_view trustedProxyName = "--trusted-proxy";
 
 /// What takes the value of each option.
@@ -121,6 +168,11 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--log-level", takeLogLevel},
       {"--metrics", takeMetrics},
       {"--drain-time", takeDrainTime},
+      {"--nats", takeNats},
+      {"--nats-credentials", takeNatsCredentials},
+      {"--nats-ca", takeNatsAuthorities},
+      {"--nats-prefix", takeNatsPrefix},
+      {"--nats-replicas", takeNatsReplicas},
   };
   return table;
 }
@@ -138,7 +190,7 @@ RelayOptions asking(RelayOptions::Purpose purpose) {
 }  // namespace
 
 std::string helpText() {
-  return R"(Usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY [OPTION]...
+  return R"(Usage: tallyfox-relay --listen ADDRESS:PORT (--data DIRECTORY | --nats URL) [OPTION]...
 
 Carries sealed messages between Tallyfox agents and their phones. Without a certificate it speaks plain HTTP and
 WebSocket: listen on loopback, behind a proxy that ends TLS.
@@ -148,6 +200,12 @@ WebSocket: listen on loopback, behind a proxy that ends TLS.
   --data DIRECTORY         where the pairings are kept; created when it is missing
   --trusted-proxy CIDR     a proxy, or a network of them, whose Forwarded or X-Forwarded-For header names the client,
                            such as 127.0.0.1 or 10.0.0.0/8; may be given several times. Requests are limited by client
+  --nats URL               instead of --data: be one of several relays that meet over NATS, such as
+                           nats://127.0.0.1:4222 or tls://nats.example.org; several servers with commas between
+  --nats-credentials FILE  who this relay is to NATS
+  --nats-ca FILE           certificates that vouch for the NATS servers, besides the system's
+  --nats-prefix NAME       what the names of subjects and buckets begin with; tallyfox without it
+  --nats-replicas NUMBER   how many NATS servers keep a copy of each pairing; 1 without it
   --page DIRECTORY         the phone page to serve, or none; without it the installed one, if there is one
   --tls-certificate FILE   speak TLS by itself, with this certificate and those that follow it in the PEM file
   --tls-key FILE           the certificate's key, as PEM without a passphrase
@@ -177,7 +235,10 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
     if (index + 1 == arguments.size()) return wrongUsage(fmt::format("{} lacks its value", name));
   }
   if (!given.contains("--listen")) return wrongUsage("--listen is missing");
-  if (!given.contains("--data")) return wrongUsage("--data is missing");
+  const auto startsNats = [](std::string_view name) { return name.starts_with("--nats-"); };
+  if (!given.contains("--nats") && std::ranges::any_of(given, startsNats)) return wrongUsage("--nats is missing");
+  if (given.contains("--nats") && given.contains("--data")) return wrongUsage("--nats takes the place of --data");
+  if (!given.contains("--nats") && !given.contains("--data")) return wrongUsage("--data is missing");
   RelayOptions options;
   for (std::size_t index = 0; index < arguments.size(); index += 2) {
     const auto taken = settings().at(arguments[index])(options, arguments[index + 1]);
@@ -185,7 +246,7 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
   }
   if (options.tls && (options.tls->certificate.empty() || options.tls->key.empty()))
     return wrongUsage("--tls-certificate and --tls-key need each other");
-  if (options.dataDirectory.empty()) return wrongUsage("--data is missing");
+  if (!options.nats && options.dataDirectory.empty()) return wrongUsage("--data is missing");
   return options;
 }
 

@@ -12,12 +12,13 @@
 
 #include "ClientAddress.hpp"
 #include "RelayLog.hpp"
+#include "cluster/NatsOptions.hpp"
 #include "tls/TlsContext.hpp"
 
 namespace tallyfox::server {
 
 inline constexpr std::string_view usageText =
-    "usage: tallyfox-relay --listen ADDRESS:PORT --data DIRECTORY [OPTION]...";
+    "usage: tallyfox-relay --listen ADDRESS:PORT (--data DIRECTORY | --nats URL) [OPTION]...";
 
 /// The whole help, as --help prints it.
 [[nodiscard]] std::string helpText();
@@ -44,6 +45,7 @@ struct RelayOptions {
   /// How long sockets are let go when the relay is to end; absent for as long as their number needs.
   std::optional<std::chrono::seconds> drainTime{};
   std::optional<ListenAddress> metrics{};  ///< where metrics are told, if anywhere
+  std::optional<NatsOptions> nats{};       ///< makes this relay one of several, without a data directory
   bool operator==(const RelayOptions&) const = default;
 
   /// `arguments` without the program's name. The error is one line for the person who typed them.

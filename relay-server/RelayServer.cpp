@@ -39,8 +39,6 @@ RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLi
     : options_(options),
       limits_(limits),
       log_(console, options.log),
-      store_(std::move(files.store), metrics_),
-      hub_(store_, log_, limits_, metrics_),
       page_(std::move(files.page)),
       tls_(std::move(files.tls)),
       unauthenticated_(limits.unauthenticatedConnections),
@@ -59,6 +57,7 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   auto files = opened(options);
   if (!files) return std::unexpected(std::move(files.error()));
   std::unique_ptr<RelayServer> server(new RelayServer(std::move(*files), options, limits, console));
+  if (const auto stored = server->openStore(options); !stored) return std::unexpected(stored.error());
   error = server->listen(endpoint);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
   if (options.metrics) {
@@ -84,11 +83,28 @@ std::expected<RelayServer::Files, std::string> RelayServer::opened(const RelayOp
     if (!context) return std::unexpected(std::move(context.error()));
     tls = std::move(*context);
   }
+  return Files{.page = std::move(page), .tls = std::move(tls)};
+}
+
+std::expected<void, std::string> RelayServer::openStore(const RelayOptions& options) {
+  if (options.nats) {
+    auto node = ClusterNode::open(*options.nats, limits_, log_, io_.get_executor());
+    if (!node) return std::unexpected(node.error());
+    cluster_ = std::move(*node);
+    store_.emplace(cluster_->makeStore(), metrics_);
+    hub_.emplace(*store_, log_, limits_, metrics_, &cluster_->bus());
+    return {};
+  }
   auto database = RelayDatabase::open(options.dataDirectory);
   if (!database) return std::unexpected(fmt::format("Unable to open the database: {}", database.error().description));
-  return Files{.store = std::make_unique<SqlitePairingStore>(std::move(*database)),
-               .page = std::move(page),
-               .tls = std::move(tls)};
+  store_.emplace(std::make_unique<SqlitePairingStore>(std::move(*database)), metrics_);
+  hub_.emplace(*store_, log_, limits_, metrics_);
+  return {};
+}
+
+RelayServer::~RelayServer() {
+  // Other threads come back to the context, which goes before what its coroutines refer to.
+  if (cluster_) cluster_->close();
 }
 
 std::expected<void, std::string> RelayServer::listenForMetrics(const ListenAddress& address) {
@@ -104,7 +120,7 @@ std::expected<void, std::string> RelayServer::listenForMetrics(const ListenAddre
 
 std::string RelayServer::metricsText() const {
   return metrics_.text(
-      {.unauthenticated = unauthenticated_.count(), .rooms = hub_.rooms(), .snapshotBytes = hub_.snapshotBytes()});
+      {.unauthenticated = unauthenticated_.count(), .rooms = hub_->rooms(), .snapshotBytes = hub_->snapshotBytes()});
 }
 
 std::string RelayServer::address() const {
@@ -153,6 +169,11 @@ void RelayServer::takeSettings() {
 }
 
 void RelayServer::run() {
+  if (cluster_) {
+    asio::co_spawn(io_, cluster_->run(), [this](const std::exception_ptr& failure) {
+      if (failure) closeEverything();
+    });
+  }
   asio::co_spawn(io_, acceptConnections(), [this](const std::exception_ptr& failure) {
     if (failure) closeEverything();
   });
@@ -200,7 +221,7 @@ void RelayServer::serve(tcp::socket socket) {
   socket.set_option(tcp::no_delay(true), ignored);
   ++metrics_.connections;
   const auto session = std::make_shared<HttpSession>(
-      std::move(socket), HttpSession::Dependencies{.hub = hub_,
+      std::move(socket), HttpSession::Dependencies{.hub = *hub_,
                                                    .unauthenticated = unauthenticated_,
                                                    .log = log_,
                                                    .limits = limits_,
@@ -224,7 +245,7 @@ void RelayServer::beginDrain() {
   // A second signal ends the process.
   boost::system::error_code ignored;
   endSignals_.clear(ignored);
-  auto seats = hub_.seats();
+  auto seats = hub_->seats();
   const Drain::Length length =
       options_.drainTime ? Drain::Length(*options_.drainTime) : Drain::usualLength(seats.size());
   drain_.begin(std::chrono::steady_clock::now(), length, seats.size());
@@ -242,7 +263,7 @@ asio::awaitable<void> RelayServer::letGo(std::vector<RelayHub::Seat> seats) {
       co_await drainTimer_.async_wait(resultOf);
     }
     if (number < seats.size() && acceptor_.is_open())
-      hub_.restart(seats[number], drain_.reconnectAfter(std::chrono::steady_clock::now()));
+      hub_->restart(seats[number], drain_.reconnectAfter(std::chrono::steady_clock::now()));
   }
 }
 
@@ -257,7 +278,8 @@ void RelayServer::closeEverything() {
   metricsListener_.close();
   drainTimer_.cancel();
   unauthenticated_.turnAllAway(CloseCode::goingAway);
-  hub_.close();
+  hub_->close();
+  if (cluster_) cluster_->stop();
 }
 
 }  // namespace tallyfox::server

@@ -19,6 +19,7 @@
 #include "RelayOptions.hpp"
 #include "ReloadHooks.hpp"
 #include "UnauthenticatedConnections.hpp"
+#include "cluster/ClusterNode.hpp"
 #include "metrics/MetricsListener.hpp"
 #include "metrics/RelayMetrics.hpp"
 #include "page/PageFiles.hpp"
@@ -30,10 +31,13 @@ namespace tallyfox::server {
 /// The whole relay on one thread.
 class RelayServer {
  public:
-  /// Opens the database and listens. The error is one line for the person who started it. `console` gets the log.
+  /// Opens the database, or meets the other relays, and listens. The error is one line for the person who started it.
+  /// `console` gets the log.
   [[nodiscard]] static std::expected<std::unique_ptr<RelayServer>, std::string> open(const RelayOptions& options,
                                                                                      const RelayLimits& limits,
                                                                                      Console& console);
+
+  ~RelayServer();
 
   /// Where it listens, as address:port.
   [[nodiscard]] std::string address() const;
@@ -57,12 +61,13 @@ class RelayServer {
  private:
   /// What is read from files before there is a relay.
   struct Files {
-    std::unique_ptr<PairingStore> store;
     std::optional<PageFiles> page;
     std::optional<TlsContext> tls;
   };
   RelayServer(Files files, const RelayOptions& options, const RelayLimits& limits, Console& console);
   [[nodiscard]] static std::expected<Files, std::string> opened(const RelayOptions& options);
+  /// What the hub stands on.
+  [[nodiscard]] std::expected<void, std::string> openStore(const RelayOptions& options);
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
   void serve(boost::asio::ip::tcp::socket socket);
@@ -80,8 +85,9 @@ class RelayServer {
   RelayLimits limits_;
   RelayLog log_;
   RelayMetrics metrics_;
-  MeasuredStore store_;
-  RelayHub hub_;
+  std::unique_ptr<ClusterNode> cluster_;  ///< of one relay of several
+  std::optional<MeasuredStore> store_;
+  std::optional<RelayHub> hub_;  ///< there once the store is
   std::optional<PageFiles> page_;
   std::optional<TlsContext> tls_;
   UnauthenticatedConnections unauthenticated_;

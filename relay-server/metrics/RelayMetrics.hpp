@@ -13,11 +13,11 @@ namespace tallyfox::server {
 /// is passed in when the text is asked for.
 struct RelayMetrics {
   enum class Peer : std::uint8_t { agent, phone };
-  enum class Undeliverable : std::uint8_t { noAgent, agentNotReading };
+  enum class Undeliverable : std::uint8_t { noAgent, agentNotReading, uncertain };
   enum class Refusal : std::uint8_t { connectionRate, requestRate, newcomers, helloTime, draining };
 
   static constexpr std::array<std::string_view, 2> peerNames{"agent", "phone"};
-  static constexpr std::array<std::string_view, 2> undeliverableNames{"no_agent", "agent_not_reading"};
+  static constexpr std::array<std::string_view, 3> undeliverableNames{"no_agent", "agent_not_reading", "uncertain"};
   static constexpr std::array<std::string_view, 5> refusalNames{"connection_rate", "request_rate", "newcomers",
                                                                 "hello_time", "draining"};
 

@@ -136,7 +136,8 @@ TEST(ProtocolVectors, relayFramesAreWrittenAlike) {
                                       relayWelcome(false),
                                       agentStatus(true),
                                       agentStatus(false),
-                                      decisionUndeliverable("decision-1"),
+                                      decisionUndeliverable("decision-1", "offline"),
+                                      decisionUndeliverable("decision-1", "uncertain"),
                                       phoneUnpaired()};
   const Json& frames = cases("relayFrames");
   ASSERT_EQ(frames.size(), written.size());

@@ -54,6 +54,24 @@ TEST(RelayOptions, nameACertificateWithItsKey) {
   EXPECT_EQ(parsed({"--listen", "[::1]:0", "--data", "d"})->tls, std::nullopt);
 }
 
+TEST(RelayOptions, makeARelayOneOfSeveral) {
+  const auto options = parsed({"--listen", "[::1]:0", "--nats", "tls://kim:secret@a,tls://b:1", "--nats-prefix", "x_1",
+                               "--nats-credentials", "c", "--nats-ca", "ca.pem", "--nats-replicas", "3"});
+  ASSERT_TRUE(options) << options.error();
+  EXPECT_EQ(options->nats, (NatsOptions{.servers = {"tls://kim:secret@a", "tls://b:1"},
+                                        .credentials = "c",
+                                        .authorities = "ca.pem",
+                                        .prefix = "x_1",
+                                        .replicas = 3}));
+  EXPECT_TRUE(options->nats->isSecure());
+  EXPECT_EQ(options->nats->publicName(), "tls://a, tls://b:1");
+  const auto plain = parsed({"--listen", "[::1]:0", "--nats", "nats://a"});
+  ASSERT_TRUE(plain) << plain.error();
+  EXPECT_EQ(plain->nats, (NatsOptions{.servers = {"nats://a"}}));
+  EXPECT_FALSE(plain->nats->isSecure());
+  EXPECT_EQ(parsed({"--listen", "[::1]:0", "--data", "d"})->nats, std::nullopt);
+}
+
 TEST(RelayOptions, takeTheLogsFormAndLevel) {
   const auto plain = parsed({"--listen", "[::1]:0", "--data", "d"});
   ASSERT_TRUE(plain) << plain.error();
@@ -78,7 +96,8 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 TEST(RelayOptions, explainEachOption) {
   for (const std::string word :
        {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--page DIRECTORY ",
-        "--tls-certificate FILE ", "--tls-key FILE ", "--log-format FORMAT ", "--log-level LEVEL ",
+        "--tls-certificate FILE ", "--tls-key FILE ", "--log-format FORMAT ", "--log-level LEVEL ", "--nats URL ",
+        "--nats-credentials FILE ", "--nats-ca FILE ", "--nats-prefix NAME ", "--nats-replicas NUMBER ",
         "--metrics ADDRESS:PORT ", "--drain-time SECONDS ", "--help ", "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
@@ -92,6 +111,16 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
       {{}, "--listen is missing"},
       {{"--listen", "127.0.0.1:1"}, "--data is missing"},
       {{"--listen", "127.0.0.1:1", "--data", ""}, "--data is missing"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--nats", "nats://a"}, "--nats takes the place of --data"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--nats-prefix", "x"}, "--nats is missing"},
+      {{"--listen", "127.0.0.1:1", "--nats", "http://kim:secret@a"}, "the address of a NATS server looks like"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://"}, "the address of a NATS server looks like"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://a,"}, "the address of a NATS server looks like"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://a b"}, "the address of a NATS server looks like"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://a,tls://b"}, "either all NATS servers are spoken to by tls://"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://a", "--nats-prefix", "a.b"}, "a.b is no name of letters"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://a", "--nats-replicas", "6"}, "6 is no number of replicas"},
+      {{"--listen", "127.0.0.1:1", "--nats", "nats://a", "--nats-replicas", "1x"}, "1x is no number of replicas"},
       {{"--listen"}, "--listen lacks its value"},
       {{"--port", "1"}, "Unknown argument --port"},
       {{"--data", "a", "--data", "b"}, "--data is given twice"},

@@ -2,17 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <fstream>
 
 #include "LiveRelay.hpp"
+#include "RelayProcess.hpp"
 
 namespace tallyfox::server {
 namespace {
@@ -22,90 +16,12 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using testing::HttpAnswer;
 using testing::registered;
+using testing::RelayProcess;
 using ::testing::StartsWith;
 using testing::TemporaryDirectory;
 using testing::TestPhone;
 using testing::TestSocket;
 namespace message = testing::message;
-
-/// The read end of a pipe, with an end to every wait.
-class PipeReader {
- public:
-  PipeReader() {
-    if (pipe2(ends_, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-  }
-  ~PipeReader() {
-    closeWriter();
-    close(ends_[0]);
-  }
-  PipeReader(const PipeReader&) = delete;
-  PipeReader& operator=(const PipeReader&) = delete;
-  [[nodiscard]] int writer() const { return ends_[1]; }
-  void closeWriter() {
-    if (ends_[1] >= 0) close(std::exchange(ends_[1], -1));
-  }
-  /// One line, or all that came before the end or the end of patience.
-  std::string line() {
-    std::string text;
-    char character = 0;
-    pollfd waiting{.fd = ends_[0], .events = POLLIN, .revents = 0};
-    while (poll(&waiting, 1, 20'000) > 0 && read(ends_[0], &character, 1) == 1 && character != '\n')
-      text += character;
-    return text;
-  }
-
- private:
-  int ends_[2] = {-1, -1};
-};
-
-/// A running relay program.
-class RelayProcess {
- public:
-  explicit RelayProcess(std::vector<std::string> arguments, const std::string& program = TALLYFOX_RELAY_PROGRAM) {
-    arguments.insert(arguments.begin(), program);
-    std::vector<char*> pointers;
-    for (std::string& argument : arguments)
-      pointers.push_back(argument.data());
-    pointers.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, output.writer(), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, errors.writer(), STDERR_FILENO);
-    if (posix_spawn(&pid_, program.c_str(), &actions, nullptr, pointers.data(), environ) != 0) pid_ = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    output.closeWriter();
-    errors.closeWriter();
-  }
-  ~RelayProcess() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-  }
-  RelayProcess(const RelayProcess&) = delete;
-  RelayProcess& operator=(const RelayProcess&) = delete;
-
-  void signal(int number) const { kill(pid_, number); }
-  /// The exit code, or minus the signal that ended it.
-  int ended() {
-    int status = 0;
-    waitpid(std::exchange(pid_, -1), &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  }
-  /// The port of the ready line.
-  std::uint16_t port() {
-    const std::string ready = output.line();
-    EXPECT_THAT(ready, StartsWith("Tallyfox relay listening on 127.0.0.1:"));
-    EXPECT_THAT(ready, EndsWith("."));
-    const std::size_t colon = ready.rfind(':');
-    return colon == std::string::npos ? std::uint16_t{0}
-                                      : static_cast<std::uint16_t>(std::stoi(ready.substr(colon + 1)));
-  }
-
-  PipeReader output, errors;
-
- private:
-  pid_t pid_ = -1;
-};
 
 std::vector<std::string> listeningAt(const std::filesystem::path& data, const std::string& address = "127.0.0.1:0") {
   return {"--listen", address, "--data", data.string()};

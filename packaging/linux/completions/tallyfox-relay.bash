@@ -8,15 +8,16 @@ _tallyfox_relay() {
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       ;;
-    --tls-certificate | --tls-key)
+    --tls-certificate | --tls-key | --nats-credentials | --nats-ca)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       ;;
     --log-format) mapfile -t COMPREPLY < <(compgen -W "text json" -- "$word") ;;
     --log-level) mapfile -t COMPREPLY < <(compgen -W "debug info warning error" -- "$word") ;;
-    --listen | --trusted-proxy | --metrics | --drain-time) ;;
+    --listen | --trusted-proxy | --metrics | --drain-time | --nats | --nats-prefix | --nats-replicas) ;;
     *)
       local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key --log-format --log-level --metrics --drain-time"
+      options+=" --nats --nats-credentials --nats-ca --nats-prefix --nats-replicas"
       mapfile -t COMPREPLY < <(compgen -W "$options --help --version" -- "$word")
       ;;
   esac
