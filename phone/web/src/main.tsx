@@ -27,6 +27,7 @@ class PageHost {
   private update: (() => void) | undefined;
   private hasFailed = false;
   private isDue = false;
+  private isAnnouncing = false;
   private seenAt = Date.now();
   private readonly phone: Phone;
   private readonly taps = new TapGuard(browserClock, () => this.draw());
@@ -103,7 +104,10 @@ class PageHost {
   }
 
   private announce(text: string): void {
-    this.announced = { text, number: this.announced.number + 1 };
+    // What happens at once is told at once: none takes the place of another.
+    const before = this.isAnnouncing ? `${this.announced.text} ` : '';
+    this.isAnnouncing = true;
+    this.announced = { text: before + text, number: this.announced.number + 1 };
     this.draw();
   }
 
@@ -112,6 +116,7 @@ class PageHost {
     this.isDue = true;
     queueMicrotask(() => {
       this.isDue = false;
+      this.isAnnouncing = false;
       const { phone, taps, messages, announced, update, hasFailed, route } = this;
       const count = phone.waitingCount;
       document.title = messages.titleWaiting(count);

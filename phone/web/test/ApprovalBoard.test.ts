@@ -58,12 +58,16 @@ describe('the list', () => {
     expect(board.cards.map(({ approval }) => approval)).toEqual([one, three]);
   });
 
-  it('counts what waits, without what has ended', () => {
-    const [one, two] = [someApproval(), someApproval()];
-    board.replace([one, two]);
+  it('counts what waits, without what has ended or was muted', () => {
+    const [one, two, three] = [someApproval(), someApproval(), someApproval()];
+    board.replace([one, two, three]);
+    expect(board.waitingCount).toBe(3);
+    board.replace([one, three]);
     expect(board.waitingCount).toBe(2);
-    board.replace([one]);
+    board.suppress(three.id, 'D');
     expect(board.waitingCount).toBe(1);
+    board.suppressionUndone(three.id);
+    expect(board.waitingCount).toBe(2);
   });
 
   it('takes up again what comes back', () => {
