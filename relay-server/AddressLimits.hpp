@@ -7,14 +7,9 @@
 #include <optional>
 
 #include "ClientAddress.hpp"
+#include "TokenBucket.hpp"
 
 namespace tallyfox::server {
-
-/// How often one client may do a thing: `burst` times at once, and `perSecond` times in the long run.
-struct Rate {
-  double burst = 0;
-  double perSecond = 0;
-};
 
 /// A token bucket for each client. Knows no clock: times are passed in and never go back.
 class AddressLimits {

@@ -12,7 +12,12 @@ namespace tallyfox::server {
 /// One agent's socket, from its handshake to its end. Leaves the hub when destroyed.
 class AgentSession {
  public:
-  AgentSession(std::shared_ptr<PeerSocket> socket, RelayHub& hub, std::string pairingID);
+  struct Dependencies {
+    RelayHub& hub;
+    const RelayLimits& limits;
+    RelayMetrics& metrics;
+  };
+  AgentSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies, std::string pairingID);
   ~AgentSession();
   AgentSession(const AgentSession&) = delete;
   AgentSession& operator=(const AgentSession&) = delete;
@@ -20,9 +25,13 @@ class AgentSession {
   [[nodiscard]] boost::asio::awaitable<void> run();
 
  private:
+  /// Waits as long as the agent should have, if its frame came too early.
+  [[nodiscard]] boost::asio::awaitable<void> slowDown(std::size_t bytes);
+
   std::shared_ptr<PeerSocket> socket_;
-  RelayHub& hub_;
+  Dependencies dependencies_;
   std::string pairingID_;
+  FrameRate rate_;
   bool joined_ = false;
 };
 

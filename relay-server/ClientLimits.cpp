@@ -1,8 +1,10 @@
 #include "ClientLimits.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "ForwardedClient.hpp"
+#include "base/Crypto.hpp"
 
 namespace tallyfox::server {
 
@@ -10,6 +12,8 @@ ClientLimits::ClientLimits(const RelayLimits& limits, std::vector<Network> trust
     : trustedProxies_(std::move(trustedProxies)),
       connections_(limits.connectionsPerAddress, limits.limitedAddresses),
       requests_(limits.requestsPerAddress, limits.limitedAddresses),
+      registrations_(limits.registrationsPerAddress, limits.limitedAddresses),
+      agents_(limits.agentConnectionsPerPairing, limits.limitedAddresses),
       politeRefusals_(limits.politeRefusals) {}
 
 bool ClientLimits::isTrustedProxy(const boost::asio::ip::address& peer) const {
@@ -24,6 +28,18 @@ ClientLimits::Refusal ClientLimits::connectionRefusal(const boost::asio::ip::add
 ClientLimits::Refusal ClientLimits::requestRefusal(const boost::asio::ip::address& peer,
                                                    const boost::beast::http::fields& fields, Time now) {
   return requests_.refusal(limitedClient(forwardedClient(peer, fields, trustedProxies_)), now);
+}
+
+ClientLimits::Refusal ClientLimits::registrationRefusal(const boost::asio::ip::address& peer,
+                                                        const boost::beast::http::fields& fields, Time now) {
+  return registrations_.refusal(limitedClient(forwardedClient(peer, fields, trustedProxies_)), now);
+}
+
+ClientLimits::Refusal ClientLimits::agentRefusal(std::string_view pairingID, Time now) {
+  const Sha256Digest digest = sha256(tallyfox::bytesOf(pairingID));
+  AddressBytes key{};
+  std::copy_n(digest.begin(), key.size(), key.begin());
+  return agents_.refusal(key, now);
 }
 
 std::shared_ptr<void> ClientLimits::politeRefusal() {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "AddressLimits.hpp"
@@ -27,6 +28,11 @@ class ClientLimits {
   /// For each request, once its header is there.
   [[nodiscard]] Refusal requestRefusal(const boost::asio::ip::address& peer, const boost::beast::http::fields& fields,
                                        Time now);
+  /// For each registration of a token, besides.
+  [[nodiscard]] Refusal registrationRefusal(const boost::asio::ip::address& peer,
+                                            const boost::beast::http::fields& fields, Time now);
+  /// For each socket of a pairing's agent.
+  [[nodiscard]] Refusal agentRefusal(std::string_view pairingID, Time now);
   /// A place among the connections that are being refused with words, given up with the last pointer to it; null when
   /// all are taken. Must not outlive this.
   [[nodiscard]] std::shared_ptr<void> politeRefusal();
@@ -35,6 +41,8 @@ class ClientLimits {
   std::vector<Network> trustedProxies_;
   AddressLimits connections_;
   AddressLimits requests_;
+  AddressLimits registrations_;
+  AddressLimits agents_;        ///< by pairing
   std::size_t politeRefusals_;  ///< places that are free
 };
 

@@ -19,6 +19,7 @@ enum class CloseCode : std::uint16_t {
   unauthorized = 4401,    ///< unknown pairing or wrong secret
   unpaired = 4410,        ///< the pairing was revoked, or this device was unpaired
   tooManyPhones = 4429,
+  tooFast = 4430,  ///< a phone sent more than it may
 };
 
 }  // namespace tallyfox::server

@@ -84,6 +84,10 @@ boost::asio::awaitable<HttpStatus> HttpRoutes::standing(const HttpRequest& reque
   co_return known ? HttpStatus::no_content : statusOf(known.error());
 }
 
+bool isRegistration(const HttpRequest& request) {
+  return request.method() == http::verb::put && pairingIDOf(pathOf(viewOf(request.target()))).has_value();
+}
+
 std::optional<std::string_view> bearerToken(const http::fields& fields) {
   constexpr std::string_view scheme = "Bearer ";
   std::string_view value = viewOf(fields[http::field::authorization]);

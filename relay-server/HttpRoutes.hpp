@@ -32,6 +32,8 @@ class HttpRoutes {
   bool draining_;
 };
 
+/// Whether the request registers a token, well or badly.
+[[nodiscard]] bool isRegistration(const HttpRequest& request);
 /// The token of an `authorization: Bearer TOKEN` header; absent without one, or when it is empty.
 [[nodiscard]] std::optional<std::string_view> bearerToken(const boost::beast::http::fields& fields);
 /// The target without its query.

@@ -104,6 +104,13 @@ asio::awaitable<bool> HttpSession::answer(const HttpRequest& request) {
       co_return co_await respondPage(std::move(*response), request.keep_alive());
     }
   }
+  if (isRegistration(request)) {
+    if (const auto wait = dependencies_.clientLimits.registrationRefusal(peer_, request, Clock::now())) {
+      dependencies_.metrics.refusals.add(RelayMetrics::Refusal::registrationRate);
+      co_await respond(tooManyRequests(*wait));
+      co_return false;
+    }
+  }
   HttpRoutes routes(dependencies_.hub.access(), dependencies_.drain.isUnderWay());
   HttpResponse response = co_await routes.answer(request);
   co_await respond(std::move(response));
@@ -157,9 +164,15 @@ asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
   if (!token) co_return co_await respond(plainResponse(HttpStatus::unauthorized));
   auto pairingID = co_await dependencies_.hub.access().pairingOfToken(std::string(*token));
   if (!pairingID) co_return co_await respond(plainResponse(statusOf(pairingID.error())));
+  if (const auto wait = dependencies_.clientLimits.agentRefusal(*pairingID, Clock::now())) {
+    dependencies_.metrics.refusals.add(RelayMetrics::Refusal::agentRate);
+    co_return co_await respond(tooManyRequests(*wait));
+  }
   auto socket = co_await accepted(request, dependencies_.limits.agentFrameBytes);
   if (!socket) co_return;
-  AgentSession session(std::move(socket), dependencies_.hub, std::move(*pairingID));
+  AgentSession session(std::move(socket),
+                       {.hub = dependencies_.hub, .limits = dependencies_.limits, .metrics = dependencies_.metrics},
+                       std::move(*pairingID));
   co_await session.run();
 }
 

@@ -27,6 +27,8 @@ inline constexpr LogEvent phoneUnpaired{info, "phone.unpaired",
                                         "Phone {device} of pairing {pairing} unpaired by its owner."};
 inline constexpr LogEvent phoneFrameMalformed{
     warning, "phone.malformed", "Unable to decode a frame of phone {device} of pairing {pairing}: {reason}"};
+inline constexpr LogEvent phoneTooFast{warning, "phone.too-fast",
+                                       "Phone {device} of pairing {pairing} sends too fast."};
 inline constexpr LogEvent helloMalformed{info, "hello.malformed", "A phone's hello is malformed: {reason}"};
 inline constexpr LogEvent undeliverable{info, "decision.undeliverable",
                                         "A decision of phone {device} found no agent of pairing {pairing}."};

@@ -36,6 +36,7 @@ PeerSocket::PeerSocket(WebSocket socket, const RelayLimits& limits, RelayMetrics
       queue_(limits.outgoingBytes, limits.outgoingFrames),
       wake_(socket_.get_executor()),
       watchTimer_(socket_.get_executor()),
+      pauseTimer_(socket_.get_executor()),
       closeDeadline_(socket_.get_executor()),
       heardAt_(Clock::now()) {
   // The stream's own limit would tear the connection down with the frame half read, and the close code with it.
@@ -71,6 +72,12 @@ asio::awaitable<Frame> PeerSocket::read() {
   co_return std::make_shared<const std::string>(std::move(text));
 }
 
+asio::awaitable<void> PeerSocket::pause(std::chrono::milliseconds length) {
+  if (isCut_ || closeCode_) co_return;
+  pauseTimer_.expires_after(std::min(length, limits_.idleTime / 4));
+  co_await pauseTimer_.async_wait(resultOf);
+}
+
 void PeerSocket::finish() {
   finished_ = true;
   wake_.cancel();
@@ -95,6 +102,7 @@ void PeerSocket::close(CloseCode code, std::string reason) {
   if (closeCode_ || finished_) return;
   closeCode_ = code;
   closeReason_ = std::move(reason);
+  pauseTimer_.cancel();
   metrics_.relayCloses.add(static_cast<unsigned>(code));
   wake_.cancel();
   closeDeadline_.expires_after(limits_.closeTime);
@@ -153,6 +161,7 @@ void PeerSocket::heard() {
 
 void PeerSocket::cut() {
   isCut_ = true;
+  pauseTimer_.cancel();
   watchTimer_.cancel();
   closeDeadline_.cancel();
   wake_.cancel();

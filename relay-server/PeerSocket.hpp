@@ -27,6 +27,8 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   void start();
   /// The next frame; null when the peer is gone or is being closed. One at a time.
   [[nodiscard]] boost::asio::awaitable<Frame> read();
+  /// Instead of reading, at most a quarter of the time that silence may last; ends early when the socket does.
+  [[nodiscard]] boost::asio::awaitable<void> pause(std::chrono::milliseconds length);
   /// Says that nothing is read any more: ends the socket, after a close that is under way.
   void finish();
 
@@ -49,6 +51,7 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   OutgoingQueue queue_;
   boost::asio::steady_timer wake_;  ///< ends the writer's wait
   boost::asio::steady_timer watchTimer_;
+  boost::asio::steady_timer pauseTimer_;
   boost::asio::steady_timer closeDeadline_;
   boost::asio::steady_timer::time_point heardAt_;
   std::optional<CloseCode> closeCode_;

@@ -9,7 +9,9 @@
 namespace tallyfox::server {
 
 PhoneSession::PhoneSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies)
-    : socket_(std::move(socket)), dependencies_(dependencies) {}
+    : socket_(std::move(socket)),
+      dependencies_(dependencies),
+      rate_(dependencies.limits.phoneRate, std::chrono::steady_clock::now()) {}
 
 PhoneSession::~PhoneSession() {
   socket_->finish();
@@ -20,6 +22,7 @@ boost::asio::awaitable<void> PhoneSession::run() {
   socket_->start();
   if (!co_await enter()) co_return;
   while (const Frame frame = co_await socket_->read()) {
+    if (isTooFast(frame)) continue;
     if (const auto verdict = co_await dependencies_.hub.phoneFrame(*joined_, *socket_, frame); !verdict) {
       socket_->close(verdict.error());
     }
@@ -57,6 +60,16 @@ boost::asio::awaitable<bool> PhoneSession::join(Frame frame) {
   }
   joined_ = PhoneAddress{.pairingID = hello->pairingID, .deviceID = hello->deviceID};
   co_return true;
+}
+
+bool PhoneSession::isTooFast(const Frame& frame) {
+  const auto excess = rate_.excess(frame->size(), std::chrono::steady_clock::now());
+  if (excess == excess.zero()) return false;
+  dependencies_.metrics.refusals.add(RelayMetrics::Refusal::frameRate);
+  dependencies_.log.write(log_event::phoneTooFast,
+                          {LogField::device(joined_->deviceID), LogField::pairing(joined_->pairingID)});
+  socket_->close(CloseCode::tooFast);
+  return true;
 }
 
 void PhoneSession::helloMalformed(const DecodingError& error) {

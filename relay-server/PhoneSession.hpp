@@ -35,12 +35,15 @@ class PhoneSession {
   /// Whether it did; else the socket is closed with the reason.
   [[nodiscard]] boost::asio::awaitable<bool> join(Frame frame);
   void helloMalformed(const DecodingError& error);
+  /// Whether it is being closed for that.
+  [[nodiscard]] bool isTooFast(const Frame& frame);
   /// Says hello and joins, as one of those who have not yet shown who they are.
   [[nodiscard]] boost::asio::awaitable<bool> enter();
 
   std::shared_ptr<PeerSocket> socket_;
   Dependencies dependencies_;
   std::optional<PhoneAddress> joined_;
+  FrameRate rate_;
 };
 
 }  // namespace tallyfox::server

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "AddressLimits.hpp"
+#include "FrameRate.hpp"
 #include "base/Limits.hpp"
 
 namespace tallyfox::server {
@@ -53,7 +54,23 @@ struct RelayLimits {
   /// seconds, so 15 of them behind one address never wait; the burst lets an office of 60 computers, each with a phone
   /// of two sockets, come back at once after a restart.
   Rate requestsPerAddress{.burst = 200, .perSecond = 5};
-  /// About 200 bytes each, in both tables; whoever has more addresses than this is not stopped by counting them.
+  /// Registrations among these. An agent registers when it starts, so the burst lets the office above start at once;
+  /// each new pairing is a row that stays.
+  Rate registrationsPerAddress{.burst = 100, .perSecond = 1};
+  /// Sockets of one pairing's agent. An agent that loses its connection comes back after three seconds, so one on the
+  /// worst of lines stays below; two computers with the same token, each replacing the other, do not.
+  Rate agentConnectionsPerPairing{.burst = 30, .perSecond = 0.5};
+
+  /// Of one socket of a phone, which is closed beyond it: a person answers one dialog after the other, and no more than
+  /// a screen full of them at once.
+  FrameRateLimit phoneRate{.frames = {.burst = 100, .perSecond = 10},
+                           .bytes = {.burst = 1024.0 * 1024, .perSecond = 64.0 * 1024}};
+  /// Of an agent's socket, which is read more slowly beyond it, so that nothing is lost: an agent tells of changes that
+  /// it sees in scans, a few a second, in lists of a few KiB; the bytes let four of the greatest frames pass at once.
+  FrameRateLimit agentRate{.frames = {.burst = 200, .perSecond = 20},
+                           .bytes = {.burst = 32.0 * 1024 * 1024, .perSecond = 2.0 * 1024 * 1024}};
+
+  /// About 200 bytes each, in all tables; whoever has more addresses than this is not stopped by counting them.
   std::size_t limitedAddresses = 16'384;
   /// Connections beyond their limit that are being told so; further ones are cut without a word.
   std::size_t politeRefusals = 128;

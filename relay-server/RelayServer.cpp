@@ -161,11 +161,13 @@ void RelayServer::reload() {
 }
 
 void RelayServer::takeSettings() {
+  told_(State::reloading);
   if (const auto done = reloadHooks_.run(options_); !done) {
     log_.write(log_event::reloadRefused, {LogField::reason(done.error())});
   } else {
     log_.write(log_event::reloaded);
   }
+  told_(State::ready);
 }
 
 void RelayServer::run() {
@@ -177,6 +179,7 @@ void RelayServer::run() {
   asio::co_spawn(io_, acceptConnections(), [this](const std::exception_ptr& failure) {
     if (failure) closeEverything();
   });
+  told_(State::ready);
   io_.run();
 }
 
@@ -249,6 +252,7 @@ void RelayServer::beginDrain() {
   const Drain::Length length =
       options_.drainTime ? Drain::Length(*options_.drainTime) : Drain::usualLength(seats.size());
   drain_.begin(std::chrono::steady_clock::now(), length, seats.size());
+  told_(State::stopping);
   log_.write(log_event::draining, {LogField::count(seats.size())});
   // So that one pairing's sockets do not all go at once.
   std::ranges::shuffle(seats, std::minstd_rand(std::random_device{}()));

@@ -6,6 +6,7 @@
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <expected>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,6 +52,10 @@ class RelayServer {
   void onReload(ReloadHooks::Prepare prepare) { reloadHooks_.add(std::move(prepare)); }
   /// Does what SIGHUP asks for. From any thread.
   void reload();
+  /// What a service manager is told.
+  enum class State : std::uint8_t { ready, reloading, stopping };
+  /// `told` hears of each change from run() on, in its thread.
+  void onState(std::function<void(State)> told) { told_ = std::move(told); }
   /// Serves until it is stopped and every socket is closed.
   void run();
   /// Does what SIGTERM asks for: lets the sockets go one by one with 1012, and then stops. From any thread.
@@ -93,6 +98,7 @@ class RelayServer {
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
   ReloadHooks reloadHooks_;
+  std::function<void(State)> told_ = [](State) {};
   Drain drain_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to
   boost::asio::ip::tcp::acceptor acceptor_{io_};

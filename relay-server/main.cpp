@@ -3,6 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#ifdef TALLYFOX_SYSTEMD
+#include <systemd/sd-daemon.h>
+#endif
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -57,6 +61,14 @@ bool isJournal(int descriptor) {
   return fmt::format("{}:{}", status.st_dev, status.st_ino) == named;
 }
 
+void tellServiceManager([[maybe_unused]] tallyfox::server::RelayServer::State state) {
+#ifdef TALLYFOX_SYSTEMD
+  using State = tallyfox::server::RelayServer::State;
+  // Without a service manager that asked for it this does nothing.
+  sd_notify(0, state == State::ready ? "READY=1" : state == State::reloading ? "RELOADING=1" : "STOPPING=1");
+#endif
+}
+
 int run(std::span<const char* const> arguments) {
   using namespace tallyfox::server;
   auto options = RelayOptions::parsed(arguments);
@@ -81,6 +93,7 @@ int run(std::span<const char* const> arguments) {
     return exitFailure;
   }
   (*server)->obeySignals();
+  (*server)->onState(tellServiceManager);
   printLine(stdout, fmt::format("Tallyfox relay listening on {}.", (*server)->address()));
   (*server)->run();
   return 0;

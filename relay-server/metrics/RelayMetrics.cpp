@@ -68,6 +68,8 @@ void writeEnds(MetricsText& text, const RelayMetrics& metrics) {
   writeCloses(text, "peer", metrics.peerCloses);
   text.counter("tallyfox_relay_cuts_total", "WebSockets that ended without a close: lost, silent or cut.");
   text.sample({}, metrics.cuts);
+  text.counter("tallyfox_relay_read_pauses_total", "Pauses in reading agents that sent too fast.");
+  text.sample({}, metrics.pauses);
   text.counter("tallyfox_relay_slow_consumers_total", "WebSockets closed because too much was waiting for them.");
   text.sample({}, metrics.slowConsumers);
 }

@@ -14,12 +14,22 @@ namespace tallyfox::server {
 struct RelayMetrics {
   enum class Peer : std::uint8_t { agent, phone };
   enum class Undeliverable : std::uint8_t { noAgent, agentNotReading, uncertain };
-  enum class Refusal : std::uint8_t { connectionRate, requestRate, newcomers, helloTime, draining };
+  enum class Refusal : std::uint8_t {
+    connectionRate,
+    requestRate,
+    newcomers,
+    helloTime,
+    draining,
+    registrationRate,
+    agentRate,
+    frameRate
+  };
 
   static constexpr std::array<std::string_view, 2> peerNames{"agent", "phone"};
   static constexpr std::array<std::string_view, 3> undeliverableNames{"no_agent", "agent_not_reading", "uncertain"};
-  static constexpr std::array<std::string_view, 5> refusalNames{"connection_rate", "request_rate", "newcomers",
-                                                                "hello_time", "draining"};
+  static constexpr std::array<std::string_view, 8> refusalNames{"connection_rate", "request_rate", "newcomers",
+                                                                "hello_time",      "draining",     "registration_rate",
+                                                                "agent_rate",      "frame_rate"};
 
   /// What is so at the moment of asking.
   struct Gauges {
@@ -44,6 +54,7 @@ struct RelayMetrics {
   CodeCounter peerCloses;   ///< by the code that the peer sent first
   std::uint64_t cuts = 0;   ///< sockets that ended without a close
   std::uint64_t slowConsumers = 0;
+  std::uint64_t pauses = 0;  ///< in reading agents that send too fast
   std::uint64_t storageFailures = 0;
   Histogram storageReadSeconds{workBounds};
   Histogram storageWriteSeconds{workBounds};

@@ -10,7 +10,10 @@ using ::testing::StartsWith;
 
 RelayLimits ConformanceTest::generous() {
   RelayLimits limits;
-  limits.connectionsPerAddress = limits.requestsPerAddress = {.burst = 1e6, .perSecond = 1e6};
+  const Rate any{.burst = 1e9, .perSecond = 1e9};
+  limits.connectionsPerAddress = limits.requestsPerAddress = limits.registrationsPerAddress = any;
+  limits.agentConnectionsPerPairing = any;
+  limits.phoneRate = limits.agentRate = {.frames = any, .bytes = any};
   return limits;
 }
 

@@ -172,6 +172,13 @@ class InstalledTree(unittest.TestCase):
                                            "--user" if program == "tallyfox" else "--system", str(unit),
                                            environment=self.environment))
 
+    def test_the_relays_unit_gives_away_little(self):
+        unit = self.programs.parent / "lib/systemd/system/tallyfox-relay.service"
+        told = output_of("systemd-analyze", "security", "--offline=true", "--no-pager", "--threshold=20", str(unit),
+                         environment=self.environment)
+        exposure = re.search(r"Overall exposure level for tallyfox-relay\.service: ([0-9.]+) ", told)
+        self.assertLess(float(exposure[1]), 2.0)
+
     def test_the_agent_knows_itself_as_installed(self):
         program = str(self.programs / "tallyfox")
         agent = processes.start([program], self.desktop.environment, self.desktop.logs / "agent.log")

@@ -2,6 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
 #include <csignal>
 #include <fstream>
 
@@ -106,6 +112,46 @@ TEST(RelayProgram, endsAtOnceOnASecondSignal) {
   EXPECT_EQ(relay.errors.line(), "Tallyfox relay draining 0 sockets.");
   relay.signal(SIGTERM);
   EXPECT_EQ(relay.ended(), -SIGTERM);
+}
+
+/// Where a service manager listens.
+class NotificationSocket {
+ public:
+  explicit NotificationSocket(const std::filesystem::path& path)
+      : descriptor_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.string().copy(address.sun_path, sizeof address.sun_path - 1);
+    if (bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+      throw std::runtime_error("no socket");
+  }
+  ~NotificationSocket() { close(descriptor_); }
+  NotificationSocket(const NotificationSocket&) = delete;
+  NotificationSocket& operator=(const NotificationSocket&) = delete;
+  std::string next() {
+    pollfd waiting{.fd = descriptor_, .events = POLLIN, .revents = 0};
+    std::array<char, 256> text{};
+    if (poll(&waiting, 1, 20'000) <= 0) return "silence";
+    const auto size = recv(descriptor_, text.data(), text.size(), 0);
+    return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+  }
+
+ private:
+  int descriptor_;
+};
+
+TEST(RelayProgram, tellsTheServiceManagerHowItStands) {
+  const TemporaryDirectory directory;
+  NotificationSocket manager(directory.path() / "notify");
+  setenv("NOTIFY_SOCKET", (directory.path() / "notify").c_str(), 1);
+  RelayProcess relay(listeningAt(directory.path() / "data"));
+  unsetenv("NOTIFY_SOCKET");
+  EXPECT_EQ(manager.next(), "READY=1");
+  relay.signal(SIGHUP);
+  EXPECT_EQ(manager.next(), "RELOADING=1");
+  EXPECT_EQ(manager.next(), "READY=1");
+  relay.signal(SIGTERM);
+  EXPECT_EQ(manager.next(), "STOPPING=1");
+  EXPECT_EQ(relay.ended(), 0);
 }
 
 TEST(RelayProgram, logsObjectsAndReloadsOnHangUp) {
