@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""What stands around the phone page in its tests: a relay that serves the page, and computers, each a private desktop with
-an installed agent and real dialogs. Obeys JSON lines on standard input, one request a line, until that ends:
+"""What stands around the phone page in its tests: a relay that serves the page, and computers, each a private desktop
+with an installed agent and real dialogs. Obeys JSON lines on standard input, one request a line, until that ends:
 
     {"do": "open", "computer": "desk", "command": ["zenity", "--question"]}
 
@@ -71,27 +71,28 @@ class Computer:
         process = processes.start(command, self.desktop.environment, self.desktop.logs / "dialogs.log")
         shown = self.desktop.wait_for_new_window(before, mark)
         require(shown, f"{command[0]} opened no window")
-        self._dialogs.append((process, shown[1]))
+        self._dialogs.append((process, shown[1], self.desktop.mark()))
         return len(self._dialogs) - 1
 
     def ended(self, number):
-        process, window = self._dialogs[number]
+        process, window, mark = self._dialogs[number]
         try:
             status = process.wait(20)
         except subprocess.TimeoutExpired:
             raise Failure("the application did not end") from None
-        require(window not in self.desktop.windows(), "the application ended and its window is still there")
+        if window in self.desktop.windows():
+            require(self.desktop.wait_until_one_gone({window}, mark), "the application ended, its window did not")
         return status
 
     def close(self, number):
         processes.end(self._dialogs[number][0])
 
     def is_open(self, number):
-        process, window = self._dialogs[number]
+        process, window, _ = self._dialogs[number]
         return process.poll() is None and window in self.desktop.windows()
 
     def end_dialogs(self):
-        for process, _ in self._dialogs:
+        for process, *_ in self._dialogs:
             processes.end(process)
         self._dialogs = []
 
@@ -109,7 +110,7 @@ class World:
         return require(self._computers.get(name), f"there is no computer {name}")
 
     def begin(self, computer):
-        """A computer whose agent was never paired, on a desktop that stays for the next time; gives the relay's address."""
+        """A computer whose agent was never paired, on a desktop that stays for the next time; the relay's address."""
         if computer not in self._computers:
             made = Computer(self._build, self._folder / computer, self._output / f"logs-{computer}")
             self._computers[computer] = made
