@@ -66,6 +66,8 @@ asio::awaitable<bool> HttpSession::handshaken() {
   if (turnedAway_ || stream_.encrypt(*dependencies_.tls)) co_return false;
   endAt(requestBy_);
   const auto [error, nothing] = co_await stream_.async_handshake(resultOf);
+  using Handshake = RelayMetrics::Handshake;
+  dependencies_.metrics.tlsHandshakes.add(error ? Handshake::failed : Handshake::done);
   // The client is to see why, if it has been told.
   if (error && !turnedAway_) co_await linger();
   co_return !error;

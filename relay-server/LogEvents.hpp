@@ -45,6 +45,13 @@ inline constexpr LogEvent agentSuperseded{info, "agent.superseded",
                                           "A newer agent of pairing {pairing} is at another node."};
 inline constexpr LogEvent unmet{error, "cluster.unmet", "Unable to meet the other nodes in pairing {pairing}."};
 
+inline constexpr LogEvent pushBusy{
+    warning, "push.busy", "Phone {device} of pairing {pairing} is not asked to look: too many are being asked."};
+inline constexpr LogEvent pushFailed{warning, "push.failed",
+                                     "Phone {device} of pairing {pairing} cannot be asked to look: {reason}"};
+inline constexpr LogEvent pushEnded{info, "push.ended",
+                                    "The push subscription of phone {device} of pairing {pairing} has ended."};
+
 inline constexpr LogEvent requestRefused{debug, "request.refused", "A request of {network} got {status}."};
 inline constexpr LogEvent connectionFailed{error, "connection.failed", "A connection failed unexpectedly."};
 inline constexpr LogEvent acceptFailed{error, "accept.failed", "Unable to accept a connection: {reason}"};

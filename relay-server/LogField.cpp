@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "ClientAddress.hpp"
+#include "push/PushClient.hpp"
 
 namespace tallyfox::server {
 namespace {
@@ -84,6 +85,10 @@ LogField LogField::reason(const DecodingError& error) {
 
 LogField LogField::reason(const SettingsError& error) {
   return text(LogKey::reason, error.description, textBytes);
+}
+
+LogField LogField::reason(const PushOutcome& outcome) {
+  return text(LogKey::reason, outcome.reason, textBytes);
 }
 
 LogField LogField::reason(const boost::system::error_code& error) {

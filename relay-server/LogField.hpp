@@ -16,6 +16,8 @@
 
 namespace tallyfox::server {
 
+struct PushOutcome;
+
 /// A text of the program itself.
 class LogText {
  public:
@@ -52,6 +54,7 @@ class LogField {
   [[nodiscard]] static LogField reason(const StorageError& error);
   [[nodiscard]] static LogField reason(const DecodingError& error);
   [[nodiscard]] static LogField reason(const SettingsError& error);
+  [[nodiscard]] static LogField reason(const PushOutcome& outcome);
   [[nodiscard]] static LogField reason(const boost::system::error_code& error);
 
   [[nodiscard]] LogKey key() const { return key_; }

@@ -37,6 +37,12 @@ PairingStore::Answer<PairingStore::Admission> MeasuredStore::admitDevice(std::st
   return measured(metrics_.storageWriteSeconds, store_->admitDevice(std::move(pairingID), std::move(device), greatest));
 }
 
+PairingStore::Answer<bool> MeasuredStore::setPushEndpoint(std::string pairingID, std::string id,
+                                                          std::optional<std::string> endpoint) {
+  return measured(metrics_.storageWriteSeconds,
+                  store_->setPushEndpoint(std::move(pairingID), std::move(id), std::move(endpoint)));
+}
+
 PairingStore::Answer<bool> MeasuredStore::unpairDevice(std::string pairingID, std::string id) {
   return measured(metrics_.storageWriteSeconds, store_->unpairDevice(std::move(pairingID), std::move(id)));
 }

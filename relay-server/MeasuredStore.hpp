@@ -19,6 +19,7 @@ class MeasuredStore final : public PairingStore {
   Answer<void> revokePairing(std::string id) override;
   Answer<std::vector<DeviceRecord>> pairedDevices(std::string pairingID) override;
   Answer<Admission> admitDevice(std::string pairingID, DeviceRecord device, std::size_t greatest) override;
+  Answer<bool> setPushEndpoint(std::string pairingID, std::string id, std::optional<std::string> endpoint) override;
   Answer<bool> unpairDevice(std::string pairingID, std::string id) override;
   Answer<void> forgetDevice(std::string pairingID, std::string id) override;
 

@@ -28,6 +28,14 @@ Frame relayRestart(std::chrono::milliseconds reconnectAfter) {
   return frameOf({{"type", "relay.restart"}, {"reconnectAfter", seconds}});
 }
 
+Frame pushStatus(bool subscribed) {
+  return frameOf({{"type", "push.status"}, {"subscribed", subscribed}});
+}
+
+Frame pushRefused(std::string_view reason) {
+  return frameOf({{"type", "push.status"}, {"subscribed", false}, {"reason", reason}});
+}
+
 Frame phoneUnpaired() {
   return frameOf(Json::object({{"type", "phone.unpaired"}}));
 }

@@ -14,5 +14,8 @@ namespace tallyfox::server {
 [[nodiscard]] Frame decisionUndeliverable(std::string_view decisionID, std::string_view reason);
 [[nodiscard]] Frame phoneUnpaired();
 [[nodiscard]] Frame relayRestart(std::chrono::milliseconds reconnectAfter);
+[[nodiscard]] Frame pushStatus(bool subscribed);
+/// Why it was not subscribed.
+[[nodiscard]] Frame pushRefused(std::string_view reason);
 
 }  // namespace tallyfox::server

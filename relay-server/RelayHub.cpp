@@ -95,6 +95,7 @@ RelayHub::Eventually<void> RelayHub::agentFrame(std::string pairingID, RelayPeer
     if (!snapshot) co_return malformed(snapshot.error());
     keepSnapshot(pairingID, frame);
     bus_.publishSnapshot(pairingID, frame);
+    if (push_ != nullptr) push_->snapshotPublished(pairingID, *snapshot);
   } else if (*type == relay_type::approvalResult) {
     const auto result = ApprovalResultRelayMessage::decoded(*message);
     if (!result) co_return malformed(result.error());
@@ -204,6 +205,13 @@ RelayHub::Eventually<RelayHub::Verdict> RelayHub::phoneFrame(PhoneAddress from, 
     co_await deliver(from, phone, frame, frameTypeOf(*type), suppression->decisionID);
   } else if (*type == phoneLeave) {
     co_return co_await forgetPhone(from, phone);
+  } else if (push_ != nullptr && *type == PushNotifier::subscribeType) {
+    JsonObjectReader reader(*message);
+    const std::string endpoint = reader.string("endpoint");
+    if (reader.error()) co_return malformed(*reader.error());
+    phone.send(co_await push_->subscribed(from, endpoint), FrameType::pushStatus);
+  } else if (push_ != nullptr && *type == PushNotifier::unsubscribeType) {
+    phone.send(co_await push_->unsubscribed(from), FrameType::pushStatus);
   }
   co_return Verdict{};
 }

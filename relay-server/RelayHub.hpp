@@ -14,6 +14,7 @@
 #include "PairingAccess.hpp"
 #include "PairingRoom.hpp"
 #include "PhoneHello.hpp"
+#include "PushNotifier.hpp"
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
 #include "RelayPeer.hpp"
@@ -23,12 +24,6 @@
 #include "storage/PairingStore.hpp"
 
 namespace tallyfox::server {
-
-/// A phone's place: its pairing and its device id.
-struct PhoneAddress {
-  std::string pairingID;
-  std::string deviceID;
-};
 
 /// All pairings: takes in sockets that proved who they are and routes their frames. Knows no sockets itself, for one
 /// thread. What asks the storage takes turns within its pairing, so that what is stored and who is in the room change
@@ -69,6 +64,8 @@ class RelayHub final : private PairingBus::Listener {
   void restart(const Seat& seat, std::chrono::milliseconds reconnectAfter);
   /// Whether the device has a socket, at whatever node.
   [[nodiscard]] bool isConnected(const PhoneAddress& address) const;
+  /// From now on phones that are not connected are asked to look when they may subscribe to that.
+  void setPush(PushNotifier& push) { push_ = &push; }
 
   /// Closes every socket with 1001 and refuses new ones so.
   void close();
@@ -126,6 +123,7 @@ class RelayHub final : private PairingBus::Listener {
   Rooms rooms_;
   std::size_t snapshotBytes_ = 0;
   std::uint64_t snapshotCount_ = 0;
+  PushNotifier* push_ = nullptr;  ///< null without Web Push
   bool closing_ = false;
 };
 

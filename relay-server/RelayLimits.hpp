@@ -6,6 +6,7 @@
 #include "AddressLimits.hpp"
 #include "FrameRate.hpp"
 #include "base/Limits.hpp"
+#include "push/PushLimits.hpp"
 
 namespace tallyfox::server {
 
@@ -74,6 +75,8 @@ struct RelayLimits {
   std::size_t limitedAddresses = 16'384;
   /// Connections beyond their limit that are being told so; further ones are cut without a word.
   std::size_t politeRefusals = 128;
+
+  PushLimits push{};
 };
 
 }  // namespace tallyfox::server

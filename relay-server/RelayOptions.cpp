@@ -153,7 +153,42 @@ Taken takeNatsReplicas(RelayOptions& options, std::string_view value) {
   return {};
 }
 
+PushOptions& pushOptions(RelayOptions& options) {
+  return options.push ? *options.push : options.push.emplace();
+}
+
+Taken takePushKey(RelayOptions& options, std::string_view value) {
+  pushOptions(options).key = value;
+  return {};
+}
+
+Taken takePushContact(RelayOptions& options, std::string_view value) {
+  if (!PushOptions::isContact(value)) {
+    return std::unexpected(fmt::format("{} is no address such as mailto:operator@example.org", value));
+  }
+  pushOptions(options).contact = value;
+  return {};
+}
+
+Taken takePushService(RelayOptions& options, std::string_view value) {
+  auto service = PushServices::Service::parsed(value);
+  if (!service) return std::unexpected(std::move(service.error()));
+  pushOptions(options).services.push_back(std::move(*service));
+  return {};
+}
+
+Taken takePushAuthorities(RelayOptions& options, std::string_view value) {
+  pushOptions(options).authorities = value;
+  return {};
+}
+
 constexpr std::string_view trustedProxyName = "--trusted-proxy";
+constexpr std::string_view pushServiceName = "--push-service";
+
+/// These may be given several times.
+bool isRepeatable(std::string_view name) {
+  return name == trustedProxyName || name == pushServiceName;
+}
 
 /// What takes the value of each option.
 const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& settings() {
@@ -173,6 +208,10 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--nats-ca", takeNatsAuthorities},
       {"--nats-prefix", takeNatsPrefix},
       {"--nats-replicas", takeNatsReplicas},
+      {"--push-key", takePushKey},
+      {"--push-contact", takePushContact},
+      {pushServiceName, takePushService},
+      {"--push-ca", takePushAuthorities},
   };
   return table;
 }
@@ -209,11 +248,17 @@ WebSocket: listen on loopback, behind a proxy that ends TLS.
   --page DIRECTORY         the phone page to serve, or none; without it the installed one, if there is one
   --tls-certificate FILE   speak TLS by itself, with this certificate and those that follow it in the PEM file
   --tls-key FILE           the certificate's key, as PEM without a passphrase
+  --push-key FILE          ask phones without a connection to look when dialogs wait, by Web Push, signed with this key
+  --push-contact ADDRESS   where push services find the operator, such as mailto:operator@example.org
+  --push-service HOST[:PORT]  a push service to talk to, in place of those of the browsers; may be given several times
+  --push-ca FILE           the certificate authorities for push services, as PEM, in place of the system's
   --log-format FORMAT      text, a sentence for each event (the default), or json, an object for each
   --log-level LEVEL        the least that is logged: debug, info (the default), warning or error
   --metrics ADDRESS:PORT   tell Prometheus there, at /metrics, how the relay fares; for no stranger to reach
   --drain-time SECONDS     how long SIGTERM takes to send everybody away; by default a second for each hundred sockets,
                            ten at most
+
+  --make-push-key FILE     write a new key for Web Push to a new file, and end
 
   --help                   show this text
   --version                show the version
@@ -226,12 +271,16 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
   const auto asks = [&](std::string_view name) { return std::ranges::find(arguments, name) != arguments.end(); };
   if (asks("--help") || asks("-h")) return asking(Purpose::showHelp);
   if (arguments.size() == 1 && asks("--version")) return asking(Purpose::showVersion);
+  if (arguments.size() == 2 && std::string_view(arguments[0]) == "--make-push-key" && *arguments[1] != '\0') {
+    RelayOptions options = asking(Purpose::makePushKey);
+    options.newPushKey = arguments[1];
+    return options;
+  }
   std::set<std::string_view> given;
   for (std::size_t index = 0; index < arguments.size(); index += 2) {
     const std::string_view name = arguments[index];
     if (!settings().contains(name)) return wrongUsage(fmt::format("Unknown argument {}", name));
-    if (!given.insert(name).second && name != trustedProxyName)
-      return wrongUsage(fmt::format("{} is given twice", name));
+    if (!given.insert(name).second && !isRepeatable(name)) return wrongUsage(fmt::format("{} is given twice", name));
     if (index + 1 == arguments.size()) return wrongUsage(fmt::format("{} lacks its value", name));
   }
   if (!given.contains("--listen")) return wrongUsage("--listen is missing");
@@ -247,6 +296,8 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
   if (options.tls && (options.tls->certificate.empty() || options.tls->key.empty()))
     return wrongUsage("--tls-certificate and --tls-key need each other");
   if (!options.nats && options.dataDirectory.empty()) return wrongUsage("--data is missing");
+  if (options.push && (options.push->key.empty() || options.push->contact.empty()))
+    return wrongUsage("Web Push needs --push-key and --push-contact");
   return options;
 }
 

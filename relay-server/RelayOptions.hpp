@@ -13,6 +13,7 @@
 #include "ClientAddress.hpp"
 #include "RelayLog.hpp"
 #include "cluster/NatsOptions.hpp"
+#include "push/PushOptions.hpp"
 #include "tls/TlsContext.hpp"
 
 namespace tallyfox::server {
@@ -31,7 +32,7 @@ struct ListenAddress {
 
 /// The command line.
 struct RelayOptions {
-  enum class Purpose { serve, showHelp, showVersion };
+  enum class Purpose { serve, makePushKey, showHelp, showVersion };
 
   Purpose purpose = Purpose::serve;
   std::string address;     ///< an IP address literal, IPv6 without brackets
@@ -41,6 +42,8 @@ struct RelayOptions {
   /// Where the phone page is; empty for none, absent for the installed one.
   std::optional<std::filesystem::path> pageDirectory{};
   std::optional<TlsContext::Files> tls{};  ///< absent where connections are plain
+  std::optional<PushOptions> push{};       ///< absent without Web Push
+  std::filesystem::path newPushKey{};      ///< where `makePushKey` writes it
   LogSettings log{};
   /// How long sockets are let go when the relay is to end; absent for as long as their number needs.
   std::optional<std::chrono::seconds> drainTime{};

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "HttpSession.hpp"
+#include "base/Json.hpp"
 #include "storage/RelayDatabase.hpp"
 #include "storage/SqlitePairingStore.hpp"
 
@@ -41,6 +42,7 @@ RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLi
       log_(console, options.log),
       page_(std::move(files.page)),
       tls_(std::move(files.tls)),
+      pushClient_(std::move(files.pushClient)),
       unauthenticated_(limits.unauthenticatedConnections),
       clientLimits_(limits_, options.trustedProxies),
       metricsListener_(io_, {.metrics = [this] { return metricsText(); },
@@ -54,10 +56,11 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   boost::system::error_code error;
   const tcp::endpoint endpoint(asio::ip::make_address(options.address, error), options.port);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", options.address, error.message()));
-  auto files = opened(options);
+  auto files = opened(options, limits);
   if (!files) return std::unexpected(std::move(files.error()));
   std::unique_ptr<RelayServer> server(new RelayServer(std::move(*files), options, limits, console));
   if (const auto stored = server->openStore(options); !stored) return std::unexpected(stored.error());
+  server->offerPush();
   error = server->listen(endpoint);
   if (error) return std::unexpected(fmt::format("Unable to listen on {}: {}", textOf(endpoint), error.message()));
   if (options.metrics) {
@@ -68,14 +71,21 @@ std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const
   return server;
 }
 
-std::expected<RelayServer::Files, std::string> RelayServer::opened(const RelayOptions& options) {
+std::expected<RelayServer::Files, std::string> RelayServer::opened(const RelayOptions& options,
+                                                                   const RelayLimits& limits) {
+  std::unique_ptr<PushClient> pushClient;
+  if (options.push) {
+    auto client = PushClient::make(*options.push, limits.push);
+    if (!client) return std::unexpected(std::move(client.error()));
+    pushClient = std::move(*client);
+  }
   std::optional<PageFiles> page;
   if (options.pageDirectory && !options.pageDirectory->empty()) {
     auto files = PageFiles::read(*options.pageDirectory, {});
     if (!files) return std::unexpected(fmt::format("Unable to serve the page: {}", files.error()));
     page = std::move(*files);
-    // Web Push is off as long as the relay has no key of its own.
-    page->add("/page-config.json", R"({"version":1,"pushKey":null})");
+    const Json pushKey = pushClient ? Json(pushClient->publicKey()) : Json();
+    page->add("/page-config.json", jsonText({{"version", 1}, {"pushKey", pushKey}}));
   }
   std::optional<TlsContext> tls;
   if (options.tls) {
@@ -83,7 +93,7 @@ std::expected<RelayServer::Files, std::string> RelayServer::opened(const RelayOp
     if (!context) return std::unexpected(std::move(context.error()));
     tls = std::move(*context);
   }
-  return Files{.page = std::move(page), .tls = std::move(tls)};
+  return Files{.page = std::move(page), .tls = std::move(tls), .pushClient = std::move(pushClient)};
 }
 
 std::expected<void, std::string> RelayServer::openStore(const RelayOptions& options) {
@@ -102,8 +112,19 @@ std::expected<void, std::string> RelayServer::openStore(const RelayOptions& opti
   return {};
 }
 
+void RelayServer::offerPush() {
+  if (!pushClient_) return;
+  const auto isConnected = [this](const PhoneAddress& phone) { return hub_->isConnected(phone); };
+  push_.emplace(
+      io_.get_executor(),
+      PushNotifier::Dependencies{
+          .store = *store_, .log = log_, .metrics = metrics_, .client = *pushClient_, .isConnected = isConnected});
+  hub_->setPush(*push_);
+}
+
 RelayServer::~RelayServer() {
   // Other threads come back to the context, which goes before what its coroutines refer to.
+  if (push_) push_->stop();
   if (cluster_) cluster_->close();
 }
 
@@ -284,6 +305,7 @@ void RelayServer::closeEverything() {
   unauthenticated_.turnAllAway(CloseCode::goingAway);
   hub_->close();
   if (cluster_) cluster_->stop();
+  if (push_) push_->stop();
 }
 
 }  // namespace tallyfox::server

@@ -14,6 +14,7 @@
 #include "ClientLimits.hpp"
 #include "Drain.hpp"
 #include "MeasuredStore.hpp"
+#include "PushNotifier.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
 #include "RelayLog.hpp"
@@ -24,6 +25,7 @@
 #include "metrics/MetricsListener.hpp"
 #include "metrics/RelayMetrics.hpp"
 #include "page/PageFiles.hpp"
+#include "push/PushClient.hpp"
 #include "storage/PairingStore.hpp"
 #include "tls/TlsContext.hpp"
 
@@ -68,11 +70,14 @@ class RelayServer {
   struct Files {
     std::optional<PageFiles> page;
     std::optional<TlsContext> tls;
+    std::unique_ptr<PushClient> pushClient;  ///< null without Web Push
   };
   RelayServer(Files files, const RelayOptions& options, const RelayLimits& limits, Console& console);
-  [[nodiscard]] static std::expected<Files, std::string> opened(const RelayOptions& options);
+  [[nodiscard]] static std::expected<Files, std::string> opened(const RelayOptions& options, const RelayLimits& limits);
   /// What the hub stands on.
   [[nodiscard]] std::expected<void, std::string> openStore(const RelayOptions& options);
+  /// Lets phones subscribe, when there is a key.
+  void offerPush();
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
   void serve(boost::asio::ip::tcp::socket socket);
@@ -95,6 +100,8 @@ class RelayServer {
   std::optional<RelayHub> hub_;  ///< there once the store is
   std::optional<PageFiles> page_;
   std::optional<TlsContext> tls_;
+  std::unique_ptr<PushClient> pushClient_;
+  std::optional<PushNotifier> push_;
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
   ReloadHooks reloadHooks_;

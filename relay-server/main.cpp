@@ -20,6 +20,7 @@
 #include "RelayOptions.hpp"
 #include "RelayServer.hpp"
 #include "base/Console.hpp"
+#include "push/VapidKey.hpp"
 
 namespace {
 
@@ -83,6 +84,11 @@ int run(std::span<const char* const> arguments) {
   if (options->purpose == RelayOptions::Purpose::showVersion) {
     fmt::print("tallyfox-relay {}\n", TALLYFOX_VERSION);
     return 0;
+  }
+  if (options->purpose == RelayOptions::Purpose::makePushKey) {
+    const auto made = VapidKey::create(options->newPushKey);
+    if (!made) printLine(stderr, made.error());
+    return made ? 0 : exitFailure;
   }
   if (!options->pageDirectory) options->pageDirectory = installedPage();
   options->log.priorities = isJournal(STDERR_FILENO);

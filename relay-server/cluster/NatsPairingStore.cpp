@@ -45,7 +45,8 @@ DeviceRecord deviceIn(JsonObjectReader& reader) {
   return {.id = reader.string("id"),
           .name = reader.string("name"),
           .platform = reader.optionalString("platform"),
-          .unpaired = reader.optionalBoolean("unpaired").value_or(false)};
+          .unpaired = reader.optionalBoolean("unpaired").value_or(false),
+          .pushEndpoint = reader.optionalString("pushEndpoint")};
 }
 
 }  // namespace
@@ -56,6 +57,7 @@ std::string NatsPairingStore::Stored::encoded() const {
     Json each{{"id", device.id}, {"name", device.name}};
     if (device.platform) each["platform"] = *device.platform;
     if (device.unpaired) each["unpaired"] = true;
+    if (device.pushEndpoint) each["pushEndpoint"] = *device.pushEndpoint;
     list.push_back(std::move(each));
   }
   return jsonText({{"tokenHash", hexEncoded(record.tokenHash)}, {"revoked", record.revoked}, {"devices", list}});
@@ -180,19 +182,38 @@ PairingStore::Answer<PairingStore::Admission> NatsPairingStore::admitDevice(std:
       if (known == pairing->devices.end()) {
         const auto paired = std::ranges::count(pairing->devices, false, &DeviceRecord::unpaired);
         if (static_cast<std::size_t>(paired) < greatest) {
-          pairing->devices.push_back(device);
+          pairing->devices.push_back({.id = device.id, .name = device.name, .platform = device.platform});
         } else {
           admission = Admission::tooManyPhones;
         }
       } else if (known->unpaired) {
         admission = Admission::unpaired;
       } else {
-        *known = device;
+        known->name = device.name;
+        known->platform = device.platform;
       }
       return pairing;
     });
     if (!stored) return std::unexpected(stored.error());
     return admission;
+  };
+  co_return co_await connection_.run(std::move(work));
+}
+
+PairingStore::Answer<bool> NatsPairingStore::setPushEndpoint(std::string pairingID, std::string id,
+                                                             std::optional<std::string> endpoint) {
+  auto work = [this, pairingID, id, endpoint]() -> StorageResult<bool> {
+    bool isPaired = false;
+    const auto stored = changed(pairingID, [&](std::optional<Stored> pairing) {
+      isPaired = false;
+      if (!pairing) return pairing;
+      const auto known = std::ranges::find(pairing->devices, id, &DeviceRecord::id);
+      isPaired = known != pairing->devices.end() && !known->unpaired;
+      if (isPaired) known->pushEndpoint = endpoint;
+      return pairing;
+    });
+    if (!stored) return std::unexpected(stored.error());
+    return isPaired;
   };
   co_return co_await connection_.run(std::move(work));
 }
@@ -204,7 +225,9 @@ PairingStore::Answer<bool> NatsPairingStore::unpairDevice(std::string pairingID,
       unpaired = false;
       if (!pairing) return pairing;
       const auto known = std::ranges::find(pairing->devices, id, &DeviceRecord::id);
-      if (known != pairing->devices.end()) unpaired = !std::exchange(known->unpaired, true);
+      if (known == pairing->devices.end()) return pairing;
+      unpaired = !std::exchange(known->unpaired, true);
+      known->pushEndpoint.reset();
       return pairing;
     });
     if (!stored) return std::unexpected(stored.error());

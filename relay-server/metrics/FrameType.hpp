@@ -17,21 +17,38 @@ enum class FrameType : std::uint8_t {
   approvalUnsuppress,
   phoneHello,
   phoneLeave,
+  pushSubscribe,
+  pushUnsubscribe,
   phoneStatus,
   relayWelcome,
   agentStatus,
   undeliverable,
   phoneUnpaired,
+  pushStatus,
   relayRestart,
   malformed,
   other,
 };
 
-inline constexpr std::array<std::string_view, 16> frameTypeNames{
-    "mac.snapshot",      "approval.result",     "phone.unpair", "approval.request",
-    "approval.suppress", "approval.unsuppress", "phone.hello",  "phone.leave",
-    "phone.status",      "relay.welcome",       "agent.status", "decision.undeliverable",
-    "phone.unpaired",    "relay.restart",       "malformed",    "other"};
+inline constexpr std::array<std::string_view, 19> frameTypeNames{"mac.snapshot",
+                                                                 "approval.result",
+                                                                 "phone.unpair",
+                                                                 "approval.request",
+                                                                 "approval.suppress",
+                                                                 "approval.unsuppress",
+                                                                 "phone.hello",
+                                                                 "phone.leave",
+                                                                 "push.subscribe",
+                                                                 "push.unsubscribe",
+                                                                 "phone.status",
+                                                                 "relay.welcome",
+                                                                 "agent.status",
+                                                                 "decision.undeliverable",
+                                                                 "phone.unpaired",
+                                                                 "push.status",
+                                                                 "relay.restart",
+                                                                 "malformed",
+                                                                 "other"};
 
 /// By the frame's member `type`; `other` for one that the relay does not know.
 [[nodiscard]] constexpr FrameType frameTypeOf(std::string_view type) {

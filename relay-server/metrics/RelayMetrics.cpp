@@ -63,6 +63,10 @@ void writeEnds(MetricsText& text, const RelayMetrics& metrics) {
   text.sample({{"status", "other"}}, metrics.responses.others());
   text.counter("tallyfox_relay_refusals_total", "Connections and requests beyond a limit.");
   writeKinds(text, "reason", metrics.refusals);
+  text.counter("tallyfox_relay_tls_handshakes_total", "Handshakes of the relay's own TLS.");
+  writeKinds(text, "outcome", metrics.tlsHandshakes);
+  text.counter("tallyfox_relay_pushes_total", "Phones asked to look, by what the push service said at last.");
+  writeKinds(text, "outcome", metrics.pushes);
   text.counter("tallyfox_relay_closes_total", "WebSockets closed, by who closed first and the code.");
   writeCloses(text, "relay", metrics.relayCloses);
   writeCloses(text, "peer", metrics.peerCloses);

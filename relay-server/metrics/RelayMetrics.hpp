@@ -25,6 +25,11 @@ struct RelayMetrics {
     frameRate
   };
 
+  enum class Handshake : std::uint8_t { done, failed };
+  enum class Push : std::uint8_t { accepted, gone, refused, failed, dropped };
+
+  static constexpr std::array<std::string_view, 2> handshakeNames{"done", "failed"};
+  static constexpr std::array<std::string_view, 5> pushNames{"accepted", "gone", "refused", "failed", "dropped"};
   static constexpr std::array<std::string_view, 2> peerNames{"agent", "phone"};
   static constexpr std::array<std::string_view, 3> undeliverableNames{"no_agent", "agent_not_reading", "uncertain"};
   static constexpr std::array<std::string_view, 8> refusalNames{"connection_rate", "request_rate", "newcomers",
@@ -49,10 +54,12 @@ struct RelayMetrics {
   KindCounter<FrameType, frameTypeNames.size()> frameBytesOut{frameTypeNames};
   KindCounter<Undeliverable, undeliverableNames.size()> undeliverables{undeliverableNames};
   KindCounter<Refusal, refusalNames.size()> refusals{refusalNames};
-  CodeCounter responses;    ///< by HTTP status; 101 is an upgrade
-  CodeCounter relayCloses;  ///< by the code that the relay sent
-  CodeCounter peerCloses;   ///< by the code that the peer sent first
-  std::uint64_t cuts = 0;   ///< sockets that ended without a close
+  KindCounter<Handshake, handshakeNames.size()> tlsHandshakes{handshakeNames};
+  KindCounter<Push, pushNames.size()> pushes{pushNames};  ///< by how they ended
+  CodeCounter responses;                                  ///< by HTTP status; 101 is an upgrade
+  CodeCounter relayCloses;                                ///< by the code that the relay sent
+  CodeCounter peerCloses;                                 ///< by the code that the peer sent first
+  std::uint64_t cuts = 0;                                 ///< sockets that ended without a close
   std::uint64_t slowConsumers = 0;
   std::uint64_t pauses = 0;  ///< in reading agents that send too fast
   std::uint64_t storageFailures = 0;

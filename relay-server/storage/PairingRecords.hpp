@@ -18,7 +18,8 @@ struct DeviceRecord {
   std::string id;
   std::string name;
   std::optional<std::string> platform{};
-  bool unpaired = false;  ///< by the owner, for good
+  bool unpaired = false;                      ///< by the owner, for good
+  std::optional<std::string> pushEndpoint{};  ///< where it wants to be asked to look
   bool operator==(const DeviceRecord&) const = default;
 };
 

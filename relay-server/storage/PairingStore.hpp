@@ -41,9 +41,13 @@ class PairingStore {
 
   /// Paired phones, in the order in which they paired.
   [[nodiscard]] virtual Answer<std::vector<DeviceRecord>> pairedDevices(std::string pairingID) = 0;
-  /// Pairs the phone unless the pairing has `greatest` others; one that is paired gets this name and platform.
+  /// Pairs the phone unless the pairing has `greatest` others; one that is paired gets this name and platform. Its push
+  /// endpoint is another matter: what the record says of it does not count.
   [[nodiscard]] virtual Answer<Admission> admitDevice(std::string pairingID, DeviceRecord device,
                                                       std::size_t greatest) = 0;
+  /// Notes where a paired phone wants to be asked to look, or that it does not. False when there is no such phone.
+  [[nodiscard]] virtual Answer<bool> setPushEndpoint(std::string pairingID, std::string id,
+                                                     std::optional<std::string> endpoint) = 0;
   /// False when there is no such paired phone.
   [[nodiscard]] virtual Answer<bool> unpairDevice(std::string pairingID, std::string id) = 0;
   /// Forgets a paired phone, so that it may pair again; one that its owner unpaired stays unpaired.

@@ -17,7 +17,7 @@ namespace tallyfox::server {
 namespace {
 
 /// Stored in the file, so that a relay never works on a layout that it does not know.
-constexpr std::string_view schemaVersion = "1";
+constexpr std::string_view schemaVersion = "2";
 
 constexpr const char* schema = R"sql(
   BEGIN IMMEDIATE;
@@ -35,9 +35,18 @@ constexpr const char* schema = R"sql(
     name TEXT NOT NULL,
     platform TEXT,
     unpaired INTEGER NOT NULL DEFAULT 0,
+    push_endpoint TEXT,
     UNIQUE (pairing_id, id)
   ) STRICT;
-  PRAGMA user_version = 1;
+  PRAGMA user_version = 2;
+  COMMIT;
+)sql";
+
+/// Layout 1 knew no Web Push.
+constexpr const char* fromLayout1 = R"sql(
+  BEGIN IMMEDIATE;
+  ALTER TABLE devices ADD COLUMN push_endpoint TEXT;
+  PRAGMA user_version = 2;
   COMMIT;
 )sql";
 
@@ -75,6 +84,7 @@ StorageResult<void> configure(SqliteConnection& connection) {
   const auto version = connection.single("PRAGMA user_version");
   if (!version) return std::unexpected(version.error());
   if (*version == "0") return connection.execute(schema);
+  if (*version == "1") return connection.execute(fromLayout1);
   if (*version == schemaVersion) return {};
   return std::unexpected(StorageError{"the database has the unknown layout " + *version});
 }
@@ -87,7 +97,11 @@ PairingRecord pairingRecord(const SqliteCursor& row) {
 }
 
 DeviceRecord deviceRecord(const SqliteCursor& row) {
-  return {.id = row.text(0), .name = row.text(1), .platform = row.optionalText(2), .unpaired = row.integer(3) != 0};
+  return {.id = row.text(0),
+          .name = row.text(1),
+          .platform = row.optionalText(2),
+          .unpaired = row.integer(3) != 0,
+          .pushEndpoint = row.optionalText(4)};
 }
 
 /// All rows of one run of the statement.
@@ -116,6 +130,10 @@ StorageResult<std::optional<Record>> record(SqliteStatement& statement, std::ini
   return *row ? std::optional(read(*cursor)) : std::nullopt;
 }
 
+SqliteValue optionalValue(const std::optional<std::string>& text) {
+  return text ? SqliteValue(std::string_view(*text)) : SqliteValue(nullptr);
+}
+
 StorageResult<void> done(const StorageResult<int>& run) {
   if (!run) return std::unexpected(run.error());
   return {};
@@ -133,6 +151,7 @@ struct RelayDatabase::State {
   SqliteStatement pairedDevices;
   SqliteStatement device;
   SqliteStatement saveDevice;
+  SqliteStatement setPushEndpoint;
   SqliteStatement unpairDevice;
   SqliteStatement forgetDevice;
 
@@ -149,11 +168,13 @@ StorageResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make(
            "ON CONFLICT (id) DO UPDATE SET registration = excluded.registration",
            "UPDATE pairings SET revoked = 1 WHERE id = ?1",
            "DELETE FROM devices WHERE pairing_id = ?1",
-           "SELECT id, name, platform, unpaired FROM devices WHERE pairing_id = ?1 AND unpaired = 0 ORDER BY number",
-           "SELECT id, name, platform, unpaired FROM devices WHERE pairing_id = ?1 AND id = ?2",
+           "SELECT id, name, platform, unpaired, push_endpoint FROM devices WHERE pairing_id = ?1 AND unpaired = 0 "
+           "ORDER BY number",
+           "SELECT id, name, platform, unpaired, push_endpoint FROM devices WHERE pairing_id = ?1 AND id = ?2",
            "INSERT INTO devices (pairing_id, id, name, platform) VALUES (?1, ?2, ?3, ?4) "
            "ON CONFLICT (pairing_id, id) DO UPDATE SET name = excluded.name, platform = excluded.platform",
-           "UPDATE devices SET unpaired = 1 WHERE pairing_id = ?1 AND id = ?2 AND unpaired = 0",
+           "UPDATE devices SET push_endpoint = ?3 WHERE pairing_id = ?1 AND id = ?2 AND unpaired = 0",
+           "UPDATE devices SET unpaired = 1, push_endpoint = NULL WHERE pairing_id = ?1 AND id = ?2 AND unpaired = 0",
            "DELETE FROM devices WHERE pairing_id = ?1 AND id = ?2",
        }) {
     auto statement = connection.prepare(sql);
@@ -163,8 +184,8 @@ StorageResult<std::unique_ptr<RelayDatabase::State>> RelayDatabase::State::make(
   auto next = statements.begin();
   const auto take = [&next]() -> SqliteStatement { return std::move(*next++); };
   // Braces: the members are initialised from left to right, in the order of the list above.
-  return std::make_unique<State>(
-      State{std::move(connection), take(), take(), take(), take(), take(), take(), take(), take(), take(), take()});
+  return std::make_unique<State>(State{std::move(connection), take(), take(), take(), take(), take(), take(), take(),
+                                       take(), take(), take(), take()});
 }
 
 RelayDatabase::RelayDatabase(std::unique_ptr<State> state) : state_(std::move(state)) {}
@@ -216,8 +237,14 @@ StorageResult<std::optional<DeviceRecord>> RelayDatabase::device(std::string_vie
 }
 
 StorageResult<void> RelayDatabase::saveDevice(std::string_view pairingID, const DeviceRecord& device) {
-  const SqliteValue platform = device.platform ? SqliteValue(std::string_view(*device.platform)) : SqliteValue(nullptr);
-  return done(state_->saveDevice.run({pairingID, device.id, device.name, platform}));
+  return done(state_->saveDevice.run({pairingID, device.id, device.name, optionalValue(device.platform)}));
+}
+
+StorageResult<bool> RelayDatabase::setPushEndpoint(std::string_view pairingID, std::string_view id,
+                                                   const std::optional<std::string>& endpoint) {
+  const auto changed = state_->setPushEndpoint.run({pairingID, id, optionalValue(endpoint)});
+  if (!changed) return std::unexpected(changed.error());
+  return *changed > 0;
 }
 
 StorageResult<bool> RelayDatabase::unpairDevice(std::string_view pairingID, std::string_view id) {

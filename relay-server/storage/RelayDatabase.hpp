@@ -35,9 +35,12 @@ class RelayDatabase {
   /// Paired phones, in the order in which they paired.
   [[nodiscard]] StorageResult<std::vector<DeviceRecord>> pairedDevices(std::string_view pairingID);
   [[nodiscard]] StorageResult<std::optional<DeviceRecord>> device(std::string_view pairingID, std::string_view id);
-  /// Adds a phone, or changes its name and platform.
+  /// Adds a phone, or changes its name and platform; its push endpoint stays.
   [[nodiscard]] StorageResult<void> saveDevice(std::string_view pairingID, const DeviceRecord& device);
   /// False when there is no such paired phone.
+  [[nodiscard]] StorageResult<bool> setPushEndpoint(std::string_view pairingID, std::string_view id,
+                                                    const std::optional<std::string>& endpoint);
+  /// False when there is no such paired phone. Its push endpoint is forgotten.
   [[nodiscard]] StorageResult<bool> unpairDevice(std::string_view pairingID, std::string_view id);
   [[nodiscard]] StorageResult<void> forgetDevice(std::string_view pairingID, std::string_view id);
 

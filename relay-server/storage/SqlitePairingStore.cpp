@@ -28,6 +28,11 @@ PairingStore::Answer<PairingStore::Admission> SqlitePairingStore::admitDevice(st
   co_return admitted(pairingID, device, greatest);
 }
 
+PairingStore::Answer<bool> SqlitePairingStore::setPushEndpoint(std::string pairingID, std::string id,
+                                                               std::optional<std::string> endpoint) {
+  co_return database_.setPushEndpoint(pairingID, id, endpoint);
+}
+
 PairingStore::Answer<bool> SqlitePairingStore::unpairDevice(std::string pairingID, std::string id) {
   co_return database_.unpairDevice(pairingID, id);
 }
@@ -52,7 +57,7 @@ StorageResult<PairingStore::Admission> SqlitePairingStore::admitted(const std::s
   const auto known = database_.device(pairingID, device.id);
   if (!known) return std::unexpected(known.error());
   if (*known && (*known)->unpaired) return Admission::unpaired;
-  if (*known == device) return Admission::paired;
+  if (*known && (*known)->name == device.name && (*known)->platform == device.platform) return Admission::paired;
   if (!*known) {
     const auto paired = database_.pairedDevices(pairingID);
     if (!paired) return std::unexpected(paired.error());

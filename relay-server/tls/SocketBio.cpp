@@ -58,6 +58,7 @@ BIO* makeSocketBio(int descriptor) {
   if (method() == nullptr) return nullptr;
   BIO* const bio = BIO_new(method());
   if (bio == nullptr) return nullptr;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a BIO keeps one pointer, and the descriptor needs no more than that
   BIO_set_data(bio, reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor)));
   BIO_set_init(bio, 1);
   return bio;

@@ -156,6 +156,36 @@ TEST_P(PairingStoreTest, anUnpairedPhoneStaysUnpaired) {
   EXPECT_EQ(admit(kim), Admission::unpaired) << "leaving does not undo what the owner did";
 }
 
+TEST_P(PairingStoreTest, remembersWhereAPhoneWantsToBeAskedToLook) {
+  registerPairing();
+  ASSERT_EQ(admit(kim), Admission::paired);
+  ASSERT_EQ(admit(other), Admission::paired);
+  EXPECT_EQ(awaited(store().setPushEndpoint("P1", "D1", "https://push.example/1")), true);
+  DeviceRecord asking = kim;
+  asking.pushEndpoint = "https://push.example/1";
+  EXPECT_THAT(awaited(store().pairedDevices("P1")).value(), ElementsAre(asking, other));
+  asking.name = "Renamed";
+  DeviceRecord renamed = kim;
+  renamed.name = asking.name;
+  EXPECT_EQ(admit(renamed), Admission::paired) << "that says nothing of the endpoint";
+  EXPECT_THAT(awaited(store().pairedDevices("P1")).value(), ElementsAre(asking, other));
+  EXPECT_EQ(awaited(store().setPushEndpoint("P1", "D1", std::nullopt)), true);
+  EXPECT_THAT(awaited(store().pairedDevices("P1")).value(), ElementsAre(renamed, other));
+}
+
+TEST_P(PairingStoreTest, forgetsWhereToAskAPhoneThatIsPairedNoLonger) {
+  registerPairing();
+  ASSERT_EQ(admit(kim), Admission::paired);
+  ASSERT_EQ(awaited(store().setPushEndpoint("P1", "D1", "https://push.example/1")), true);
+  ASSERT_TRUE(awaited(store().forgetDevice("P1", "D1")));
+  EXPECT_EQ(awaited(store().setPushEndpoint("P1", "D1", "https://push.example/2")), false);
+  ASSERT_EQ(admit(kim), Admission::paired);
+  EXPECT_THAT(awaited(store().pairedDevices("P1")).value(), ElementsAre(kim));
+  ASSERT_EQ(awaited(store().unpairDevice("P1", "D1")), true);
+  EXPECT_EQ(awaited(store().setPushEndpoint("P1", "D1", "https://push.example/3")), false);
+  EXPECT_EQ(awaited(store().setPushEndpoint("P9", "D1", "https://push.example/4")), false);
+}
+
 TEST_P(PairingStoreTest, aPhoneThatLeftMayPairAgainAsANewOne) {
   registerPairing();
   ASSERT_EQ(admit(kim), Admission::paired);

@@ -79,13 +79,23 @@ class MemoryPairingStore final : public PairingStore {
       const auto known = std::ranges::find(stored, device.id, &DeviceRecord::id);
       if (known != stored.end()) {
         if (known->unpaired) return Admission::unpaired;
-        *known = device;
+        known->name = device.name;
+        known->platform = device.platform;
         return Admission::paired;
       }
       if (static_cast<std::size_t>(std::ranges::count(stored, false, &DeviceRecord::unpaired)) >= greatest)
         return Admission::tooManyPhones;
-      stored.push_back(device);
+      stored.push_back({.id = device.id, .name = device.name, .platform = device.platform});
       return Admission::paired;
+    });
+  }
+  Answer<bool> setPushEndpoint(std::string pairingID, std::string id, std::optional<std::string> endpoint) override {
+    return answered<bool>("setPushEndpoint", [this, pairingID, id, endpoint] {
+      auto& stored = devices(pairingID);
+      const auto known = std::ranges::find(stored, id, &DeviceRecord::id);
+      if (known == stored.end() || known->unpaired) return false;
+      known->pushEndpoint = endpoint;
+      return true;
     });
   }
   Answer<bool> unpairDevice(std::string pairingID, std::string id) override {

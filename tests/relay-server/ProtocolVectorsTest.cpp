@@ -145,6 +145,14 @@ TEST(ProtocolVectors, relayFramesAreWrittenAlike) {
     EXPECT_EQ(nlohmann::json(Json::parse(*written[at])), nlohmann::json(frames[at]));
 }
 
+TEST(ProtocolVectors, framesAboutWebPushAreWrittenAlike) {
+  const std::vector<Frame> written = {pushStatus(true), pushStatus(false), pushRefused("service")};
+  const Json& frames = cases("pushFrames");
+  ASSERT_EQ(frames.size(), written.size());
+  for (std::size_t at = 0; at < written.size(); ++at)
+    EXPECT_EQ(nlohmann::json(Json::parse(*written[at])), nlohmann::json(frames[at]));
+}
+
 /// The frame decoded as its record and encoded again, and the sealed part of the record.
 struct Reread {
   Json frame;

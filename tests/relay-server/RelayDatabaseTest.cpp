@@ -139,16 +139,35 @@ TEST(RelayDatabase, refusesADamagedDatabase) {
   EXPECT_FALSE(RelayDatabase::open(directory.path()));
 }
 
+TEST(RelayDatabase, takesOverTheLayoutBeforeWebPush) {
+  const TemporaryDirectory directory;
+  {
+    RelayDatabase database = openedDatabase(directory.path());
+    ASSERT_TRUE(database.registerPairing("P1", hashOf("token")));
+    ASSERT_TRUE(database.saveDevice("P1", {.id = "D1", .name = "Phone"}));
+  }
+  {
+    auto connection = SqliteConnection::open((directory.path() / "relay.sqlite").string());
+    ASSERT_TRUE(connection);
+    ASSERT_TRUE(connection->execute("ALTER TABLE devices DROP COLUMN push_endpoint; PRAGMA user_version = 1"));
+  }
+  RelayDatabase database = openedDatabase(directory.path());
+  EXPECT_EQ(database.pairing("P1").value(), (PairingRecord{.id = "P1", .tokenHash = hashOf("token")}));
+  EXPECT_EQ(database.setPushEndpoint("P1", "D1", "https://push.example/1"), true);
+  EXPECT_EQ(database.pairedDevices("P1").value(),
+            (std::vector<DeviceRecord>{{.id = "D1", .name = "Phone", .pushEndpoint = "https://push.example/1"}}));
+}
+
 TEST(RelayDatabase, refusesALayoutItDoesNotKnow) {
   const TemporaryDirectory directory;
   {
     auto connection = SqliteConnection::open((directory.path() / "relay.sqlite").string());
     ASSERT_TRUE(connection);
-    ASSERT_TRUE(connection->execute("PRAGMA user_version = 2"));
+    ASSERT_TRUE(connection->execute("PRAGMA user_version = 3"));
   }
   const auto database = RelayDatabase::open(directory.path());
   ASSERT_FALSE(database);
-  EXPECT_THAT(database.error().description, HasSubstr("unknown layout 2"));
+  EXPECT_THAT(database.error().description, HasSubstr("unknown layout 3"));
 }
 
 TEST(RelayDatabase, refusesADirectoryThatAnotherRelayHasOpen) {

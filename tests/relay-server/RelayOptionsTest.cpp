@@ -85,6 +85,29 @@ TEST(RelayOptions, takeTheLogsFormAndLevel) {
   }
 }
 
+TEST(RelayOptions, nameWhatWebPushNeeds) {
+  const auto options =
+      parsed({"--listen", "[::1]:0", "--data", "d", "--push-key", "k.pem", "--push-contact", "mailto:o@example.org",
+              "--push-service", "push.example", "--push-ca", "ca.pem", "--push-service", "*.other.example:8443"});
+  ASSERT_TRUE(options) << options.error();
+  EXPECT_EQ(options->push,
+            (PushOptions{.key = "k.pem",
+                         .contact = "mailto:o@example.org",
+                         .services = {{.host = "push.example", .port = 443}, {.host = "*.other.example", .port = 8443}},
+                         .authorities = "ca.pem"}));
+  EXPECT_EQ(parsed({"--listen", "[::1]:0", "--data", "d"})->push, std::nullopt);
+}
+
+TEST(RelayOptions, areAskedForANewPushKeyAlone) {
+  const auto options = parsed({"--make-push-key", "k.pem"});
+  ASSERT_TRUE(options) << options.error();
+  EXPECT_EQ(options->purpose, RelayOptions::Purpose::makePushKey);
+  EXPECT_EQ(options->newPushKey, "k.pem");
+  EXPECT_FALSE(parsed({"--make-push-key"}));
+  EXPECT_FALSE(parsed({"--make-push-key", ""}));
+  EXPECT_FALSE(parsed({"--make-push-key", "k.pem", "--data", "d"}));
+}
+
 TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
   EXPECT_EQ(parsed({"--help"})->purpose, RelayOptions::Purpose::showHelp);
   EXPECT_EQ(parsed({"-h"})->purpose, RelayOptions::Purpose::showHelp);
@@ -94,11 +117,28 @@ TEST(RelayOptions, areAskedForHelpAnywhereAndForTheVersionAlone) {
 }
 
 TEST(RelayOptions, explainEachOption) {
-  for (const std::string word :
-       {"--listen ADDRESS:PORT ", "--data DIRECTORY ", "--trusted-proxy CIDR ", "--page DIRECTORY ",
-        "--tls-certificate FILE ", "--tls-key FILE ", "--log-format FORMAT ", "--log-level LEVEL ", "--nats URL ",
-        "--nats-credentials FILE ", "--nats-ca FILE ", "--nats-prefix NAME ", "--nats-replicas NUMBER ",
-        "--metrics ADDRESS:PORT ", "--drain-time SECONDS ", "--help ", "--version "})
+  for (const std::string word : {"--listen ADDRESS:PORT ",
+                                 "--data DIRECTORY ",
+                                 "--trusted-proxy CIDR ",
+                                 "--page DIRECTORY ",
+                                 "--tls-certificate FILE ",
+                                 "--tls-key FILE ",
+                                 "--push-key FILE ",
+                                 "--push-contact ADDRESS ",
+                                 "--push-service HOST[:PORT] ",
+                                 "--push-ca FILE ",
+                                 "--make-push-key FILE ",
+                                 "--log-format FORMAT ",
+                                 "--log-level LEVEL ",
+                                 "--nats URL ",
+                                 "--nats-credentials FILE ",
+                                 "--nats-ca FILE ",
+                                 "--nats-prefix NAME ",
+                                 "--nats-replicas NUMBER ",
+                                 "--metrics ADDRESS:PORT ",
+                                 "--drain-time SECONDS ",
+                                 "--help ",
+                                 "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";
 }
 
@@ -126,6 +166,13 @@ TEST(RelayOptions, namesWhatIsWrongInOneLineWithTheUsage) {
       {{"--data", "a", "--data", "b"}, "--data is given twice"},
       {{"--trusted-proxy"}, "--trusted-proxy lacks its value"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--page", ""}, "--page lacks its value"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--push-key", "k"}, "Web Push needs --push-key and --push-contact"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--push-service", "push.example"},
+       "Web Push needs --push-key and --push-contact"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--push-contact", "operator"},
+       "operator is no address such as mailto:operator@example.org"},
+      {{"--listen", "127.0.0.1:1", "--data", "d", "--push-service", "https://push.example"},
+       "https://push.example is no host and port such as push.example.org:8443"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--tls-key", "k"}, "--tls-certificate and --tls-key need each other"},
       {{"--listen", "127.0.0.1:1", "--data", "d", "--tls-certificate", "c", "--tls-key", ""},
        "--tls-certificate and --tls-key need each other"},

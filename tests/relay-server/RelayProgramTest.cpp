@@ -71,6 +71,21 @@ TEST(RelayProgram, exitsWithOneAndOneLineWhenItCannotStart) {
   EXPECT_EQ(second.ended(), 1);
 }
 
+TEST(RelayProgram, makesAKeyForWebPush) {
+  const TemporaryDirectory directory;
+  const std::string file = (directory.path() / "push.pem").string();
+  RelayProcess made({"--make-push-key", file});
+  EXPECT_EQ(made.errors.line(), "");
+  EXPECT_EQ(made.ended(), 0);
+  RelayProcess again({"--make-push-key", file});
+  EXPECT_EQ(again.errors.line(), "Unable to create the push key " + file + ": File exists");
+  EXPECT_EQ(again.ended(), 1);
+  auto arguments = listeningAt(directory.path() / "data");
+  arguments.insert(arguments.end(), {"--push-key", file, "--push-contact", "mailto:operator@example.org"});
+  RelayProcess relay(arguments);
+  EXPECT_NE(relay.port(), 0);
+}
+
 TEST(RelayProgram, servesThePageOfItsInstallation) {
   const TemporaryDirectory prefix;
   std::filesystem::create_directories(prefix.path() / "bin");

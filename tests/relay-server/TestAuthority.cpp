@@ -54,13 +54,17 @@ void writeTo(const std::filesystem::path& path, Write write) {
 }  // namespace
 
 struct TestAuthority::State {
+  explicit State(const std::string& name) : certificate(newCertificate(key, name, 1, 3600)) {}
+
   Key key = newKey();
-  Certificate certificate = newCertificate(key, "Test authority", 1, 3600);
+  Certificate certificate;
   long serial = 1;
 };
 
 TestAuthority::TestAuthority(std::filesystem::path directory)
-    : directory_(std::move(directory)), certificate_(directory_ / "authority.pem"), state_(std::make_unique<State>()) {
+    : directory_(std::move(directory)),
+      certificate_(directory_ / "authority.pem"),
+      state_(std::make_unique<State>("Authority of " + directory_.filename().string())) {
   X509* const own = state_->certificate.get();
   extend(own, own, NID_basic_constraints, "critical,CA:TRUE");
   extend(own, own, NID_key_usage, "critical,keyCertSign");
