@@ -4,13 +4,14 @@
 #include <memory>
 #include <string>
 
+#include "PeerSession.hpp"
 #include "PeerSocket.hpp"
 #include "RelayHub.hpp"
 
 namespace tallyfox::server {
 
 /// One agent's socket, from its handshake to its end. Leaves the hub when destroyed.
-class AgentSession {
+class AgentSession final : public PeerSession {
  public:
   struct Dependencies {
     RelayHub& hub;
@@ -18,11 +19,11 @@ class AgentSession {
     RelayMetrics& metrics;
   };
   AgentSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies, std::string pairingID);
-  ~AgentSession();
+  ~AgentSession() override;
   AgentSession(const AgentSession&) = delete;
   AgentSession& operator=(const AgentSession&) = delete;
 
-  [[nodiscard]] boost::asio::awaitable<void> run();
+  [[nodiscard]] boost::asio::awaitable<void> run() override;
 
  private:
   /// Waits as long as the agent should have, if its frame came too early.

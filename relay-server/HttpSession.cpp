@@ -49,16 +49,18 @@ HttpSession::HttpSession(asio::ip::tcp::socket socket, Dependencies dependencies
       buffer_(dependencies.limits.headerBytes + dependencies.limits.bodyBytes),
       dependencies_(dependencies) {}
 
-asio::awaitable<void> HttpSession::run() {
+asio::awaitable<std::unique_ptr<PeerSession>> HttpSession::run() {
   if (const auto wait = dependencies_.clientLimits.connectionRefusal(peer_, Clock::now())) {
     dependencies_.metrics.refusals.add(RelayMetrics::Refusal::connectionRate);
-    co_return co_await refusePolitely(*wait);
+    co_await refusePolitely(*wait);
+    co_return nullptr;
   }
   requestBy_ = Clock::now() + dependencies_.limits.requestTime;
   endsAt_ = Clock::now() + dependencies_.limits.pageTime;
-  if (dependencies_.tls != nullptr && !co_await handshaken()) co_return;
+  if (dependencies_.tls != nullptr && !co_await handshaken()) co_return nullptr;
   while (co_await serveRequest()) {
   }
+  co_return std::move(upgraded_);
 }
 
 asio::awaitable<bool> HttpSession::handshaken() {
@@ -132,6 +134,7 @@ asio::awaitable<HttpSession::Refused> HttpSession::readRequest(Parser& parser) {
   endAt(requestBy_);
   const auto [headerError, headerBytes] = co_await http::async_read_header(stream_, buffer_, parser, resultOf);
   if (headerError) co_return Refused{.error = headerError};
+  isHead_ = parser.get().method() == http::verb::head;
   if (const auto wait = dependencies_.clientLimits.requestRefusal(peer_, parser.get(), Clock::now())) {
     dependencies_.metrics.refusals.add(RelayMetrics::Refusal::requestRate);
     co_return Refused{.error = {}, .wait = wait};
@@ -155,12 +158,13 @@ asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
     }
     auto socket = co_await accepted(request, dependencies_.limits.phoneFrameBytes);
     if (!socket) co_return;
-    PhoneSession session(std::move(socket), {.hub = dependencies_.hub,
-                                             .unauthenticated = dependencies_.unauthenticated,
-                                             .log = dependencies_.log,
-                                             .limits = dependencies_.limits,
-                                             .metrics = dependencies_.metrics});
-    co_return co_await session.run();
+    upgraded_ = std::make_unique<PhoneSession>(
+        std::move(socket), PhoneSession::Dependencies{.hub = dependencies_.hub,
+                                                      .unauthenticated = dependencies_.unauthenticated,
+                                                      .log = dependencies_.log,
+                                                      .limits = dependencies_.limits,
+                                                      .metrics = dependencies_.metrics});
+    co_return;
   }
   const auto token = bearerToken(request);
   if (!token) co_return co_await respond(plainResponse(HttpStatus::unauthorized));
@@ -172,10 +176,11 @@ asio::awaitable<void> HttpSession::upgrade(const HttpRequest& request) {
   }
   auto socket = co_await accepted(request, dependencies_.limits.agentFrameBytes);
   if (!socket) co_return;
-  AgentSession session(std::move(socket),
-                       {.hub = dependencies_.hub, .limits = dependencies_.limits, .metrics = dependencies_.metrics},
-                       std::move(*pairingID));
-  co_await session.run();
+  upgraded_ = std::make_unique<AgentSession>(
+      std::move(socket),
+      AgentSession::Dependencies{
+          .hub = dependencies_.hub, .limits = dependencies_.limits, .metrics = dependencies_.metrics},
+      std::move(*pairingID));
 }
 
 asio::awaitable<std::shared_ptr<PeerSocket>> HttpSession::accepted(const HttpRequest& request,
@@ -219,6 +224,7 @@ asio::awaitable<void> HttpSession::respond(HttpResponse response) {
   endAt(Clock::now() + dependencies_.limits.closeTime);
   setDate(response);
   response.prepare_payload();
+  if (isHead_) response.body().clear();
   const auto [error, written] = co_await http::async_write(stream_, response, resultOf);
   if (!error) co_await linger();
 }

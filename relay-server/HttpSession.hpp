@@ -12,6 +12,7 @@
 #include "ClientLimits.hpp"
 #include "Drain.hpp"
 #include "HttpRoutes.hpp"
+#include "PeerSession.hpp"
 #include "PeerSocket.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
@@ -41,7 +42,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   HttpSession(const HttpSession&) = delete;
   HttpSession& operator=(const HttpSession&) = delete;
 
-  [[nodiscard]] boost::asio::awaitable<void> run();
+  /// What the connection has become; null when it has been answered.
+  [[nodiscard]] boost::asio::awaitable<std::unique_ptr<PeerSession>> run();
 
  private:
   /// What one connection comes to before it is answered.
@@ -86,6 +88,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   std::chrono::steady_clock::time_point requestBy_;  ///< when the next request has to be there
   std::chrono::steady_clock::time_point endsAt_;     ///< for a connection that loads the page
   std::size_t requests_ = 0;                         ///< answered
+  std::unique_ptr<PeerSession> upgraded_;
+  bool isHead_ = false;  ///< the request asks for the head of an answer alone
   bool turnedAway_ = false;
 };
 

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/buffer.hpp>
-#include <boost/asio/co_spawn.hpp>
 #include <boost/asio/use_awaitable.hpp>
-#include <exception>
 #include <string>
 #include <utility>
 
@@ -21,6 +19,9 @@ using Clock = asio::steady_timer::clock_type;
 
 constexpr auto resultOf = asio::as_tuple(asio::use_awaitable);
 
+/// The room of a string without an allocation: idle sockets wait for a frame with no more than that.
+const std::size_t idleReadBytes = std::string().capacity();
+
 bool isAscii(char c) {
   return (static_cast<unsigned char>(c) & 0x80) == 0;
 }
@@ -32,33 +33,28 @@ PeerSocket::PeerSocket(WebSocket socket, const RelayLimits& limits, RelayMetrics
     : socket_(std::move(socket)),
       limits_(limits),
       metrics_(metrics),
-      greatestFrameBytes_(greatestFrameBytes),
       queue_(limits.outgoingBytes, limits.outgoingFrames),
-      wake_(socket_.get_executor()),
-      watchTimer_(socket_.get_executor()),
+      timer_(socket_.get_executor()),
       pauseTimer_(socket_.get_executor()),
-      closeDeadline_(socket_.get_executor()),
-      heardAt_(Clock::now()) {
-  // The stream's own limit would tear the connection down with the frame half read, and the close code with it.
-  socket_.read_message_max(0);
+      heardAt_(Clock::now()),
+      nextPing_(heardAt_ + limits.pingInterval) {
+  socket_.read_message_max(greatestFrameBytes);
   socket_.control_callback([this](websocket::frame_type, boost::beast::string_view) { heard(); });
 }
 
 void PeerSocket::start() {
-  asio::co_spawn(socket_.get_executor(), write(),
-                 [self = shared_from_this()](const std::exception_ptr&) { self->cut(); });
-  asio::co_spawn(socket_.get_executor(), watch(),
-                 [self = shared_from_this()](const std::exception_ptr&) { self->cut(); });
+  watch();
 }
 
 asio::awaitable<Frame> PeerSocket::read() {
+  // A close under way reads for itself; another read could make each wait for the other.
+  if (closeCode_) co_return nullptr;
   std::string text;
   auto buffer = asio::dynamic_buffer(text);
   do {
     // In pieces, so that a long frame on a slow line counts as a sign of life.
-    const auto [error, size] = co_await socket_.async_read_some(buffer, 0, resultOf);
+    const auto [error, size] = co_await socket_.async_read_some(buffer, text.empty() ? idleReadBytes : 0, resultOf);
     heard();
-    if (!error && text.size() > greatestFrameBytes_) close(CloseCode::frameTooLarge);
     if (error) countEnd(error);
     if (error || closeCode_) co_return nullptr;
   } while (!socket_.is_message_done());
@@ -80,11 +76,11 @@ asio::awaitable<void> PeerSocket::pause(std::chrono::milliseconds length) {
 
 void PeerSocket::finish() {
   finished_ = true;
-  wake_.cancel();
+  write();
 }
 
 bool PeerSocket::send(Frame frame, FrameType type) {
-  if (closeCode_ || finished_) return false;
+  if (closeCode_ || finished_ || isCut_) return false;
   const std::size_t bytes = frame->size();
   if (!queue_.push(std::move(frame))) {
     // What waits would come too late to be of use, and must not delay the close.
@@ -94,7 +90,7 @@ bool PeerSocket::send(Frame frame, FrameType type) {
     return false;
   }
   metrics_.frameOut(type, bytes);
-  wake_.cancel();
+  write();
   return true;
 }
 
@@ -104,52 +100,72 @@ void PeerSocket::close(CloseCode code, std::string reason) {
   closeReason_ = std::move(reason);
   pauseTimer_.cancel();
   metrics_.relayCloses.add(static_cast<unsigned>(code));
-  wake_.cancel();
-  closeDeadline_.expires_after(limits_.closeTime);
-  closeDeadline_.async_wait([weak = weak_from_this()](boost::system::error_code cancelled) {
-    if (const auto self = weak.lock(); self && !cancelled) self->cut();
+  closeBy_ = Clock::now() + limits_.closeTime;
+  watch();
+  write();
+}
+
+void PeerSocket::write() {
+  if (isWriting_ || isCut_) return;
+  if (const Frame frame = queue_.pop()) {
+    isWriting_ = true;
+    socket_.async_write(
+        asio::buffer(*frame),
+        [self = shared_from_this(), frame](boost::system::error_code error, std::size_t) { self->written(error); });
+  } else if (closeCode_) {
+    sayClose();
+  } else if (finished_) {
+    cut();
+  } else if (pingDue_) {
+    ping();
+  }
+}
+
+void PeerSocket::written(boost::system::error_code error) {
+  isWriting_ = false;
+  error ? cut() : write();
+}
+
+void PeerSocket::ping() {
+  isWriting_ = true;
+  pingDue_ = false;
+  const websocket::ping_data nothing;
+  socket_.async_ping(nothing, [self = shared_from_this()](boost::system::error_code error) { self->written(error); });
+}
+
+void PeerSocket::sayClose() {
+  isWriting_ = true;
+  const websocket::close_reason reason(static_cast<websocket::close_code>(*closeCode_), closeReason_);
+  socket_.async_close(reason, [self = shared_from_this()](boost::system::error_code) { self->cut(); });
+}
+
+void PeerSocket::watch() {
+  if (isCut_) return;
+  timer_.expires_at(closeCode_ ? closeBy_ : std::min(nextPing_, heardAt_ + limits_.idleTime));
+  timer_.async_wait([weak = weak_from_this()](boost::system::error_code cancelled) {
+    if (const auto self = weak.lock(); self && !cancelled) self->timePassed();
   });
 }
 
-asio::awaitable<void> PeerSocket::write() {
-  while (closeCode_ || !finished_) {
-    if (const Frame frame = queue_.pop()) {
-      const auto [error, size] = co_await socket_.async_write(asio::buffer(*frame), resultOf);
-      if (error) co_return;
-    } else if (closeCode_) {
-      const websocket::close_reason reason(static_cast<websocket::close_code>(*closeCode_), closeReason_);
-      co_await socket_.async_close(reason, resultOf);
-      co_return;
-    } else if (pingDue_) {
-      pingDue_ = false;
-      const websocket::ping_data nothing;
-      const auto [error] = co_await socket_.async_ping(nothing, resultOf);
-      if (error) co_return;
-    } else {
-      wake_.expires_at(asio::steady_timer::time_point::max());
-      co_await wake_.async_wait(resultOf);
-    }
-  }
-}
-
-asio::awaitable<void> PeerSocket::watch() {
-  auto nextPing = Clock::now() + limits_.pingInterval;
-  while (!isCut_) {
-    watchTimer_.expires_at(std::min(nextPing, heardAt_ + limits_.idleTime));
-    const auto [cancelled] = co_await watchTimer_.async_wait(resultOf);
-    const auto now = Clock::now();
-    if (cancelled || now >= heardAt_ + limits_.idleTime) co_return;
-    if (now < nextPing) continue;
-    nextPing = now + limits_.pingInterval;
+void PeerSocket::timePassed() {
+  const auto now = Clock::now();
+  // It may have been set anew after its end, before this call.
+  if (timer_.expiry() > now) return;
+  if (closeCode_ || now >= heardAt_ + limits_.idleTime) return cut();
+  if (now >= nextPing_) {
+    nextPing_ = now + limits_.pingInterval;
     pingDue_ = true;
-    wake_.cancel();
+    write();
   }
+  watch();
 }
 
 void PeerSocket::countEnd(boost::system::error_code error) {
   if (closeCode_) return;
   if (error == websocket::error::closed) {
     metrics_.peerCloses.add(socket_.reason().code);
+  } else if (error == websocket::error::message_too_big) {
+    metrics_.relayCloses.add(static_cast<unsigned>(CloseCode::frameTooLarge));
   } else {
     ++metrics_.cuts;
   }
@@ -162,9 +178,7 @@ void PeerSocket::heard() {
 void PeerSocket::cut() {
   isCut_ = true;
   pauseTimer_.cancel();
-  watchTimer_.cancel();
-  closeDeadline_.cancel();
-  wake_.cancel();
+  timer_.cancel();
   socket_.next_layer().close();
 }
 

@@ -14,16 +14,17 @@
 
 namespace tallyfox::server {
 
-using WebSocket = boost::beast::websocket::stream<ClientStream>;
+/// Without compression, which no relay negotiates.
+using WebSocket = boost::beast::websocket::stream<ClientStream, false>;
 
-/// One open WebSocket: a bounded queue out, frames in, pings, and a close that cannot hang. Its coroutines keep it
-/// alive until the socket is closed.
+/// One open WebSocket: a bounded queue out, frames in, pings, and a close that cannot hang. Most are idle most of the
+/// time, so between frames it holds one timer and one wait for bytes. What it waits for keeps it alive.
 class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<PeerSocket> {
  public:
   /// `socket` has finished its handshake. A frame above `greatestFrameBytes` closes it.
   PeerSocket(WebSocket socket, const RelayLimits& limits, RelayMetrics& metrics, std::size_t greatestFrameBytes);
 
-  /// Starts writing and watching.
+  /// Starts watching.
   void start();
   /// The next frame; null when the peer is gone or is being closed. One at a time.
   [[nodiscard]] boost::asio::awaitable<Frame> read();
@@ -37,9 +38,16 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   void close(CloseCode code, std::string reason) override;
 
  private:
-  boost::asio::awaitable<void> write();
-  /// Asks for pings and ends when the peer has been silent for too long.
-  boost::asio::awaitable<void> watch();
+  using Time = boost::asio::steady_timer::time_point;
+
+  /// Writes the next of what waits, unless something is being written.
+  void write();
+  void written(boost::system::error_code error);
+  void ping();
+  void sayClose();
+  /// Waits for the next ping, for the end of the peer's silence or of its time to close.
+  void watch();
+  void timePassed();
   void heard();
   void countEnd(boost::system::error_code error);
   void cut();
@@ -47,15 +55,15 @@ class PeerSocket final : public RelayPeer, public std::enable_shared_from_this<P
   WebSocket socket_;
   const RelayLimits& limits_;
   RelayMetrics& metrics_;
-  std::size_t greatestFrameBytes_;
   OutgoingQueue queue_;
-  boost::asio::steady_timer wake_;  ///< ends the writer's wait
-  boost::asio::steady_timer watchTimer_;
+  boost::asio::steady_timer timer_;
   boost::asio::steady_timer pauseTimer_;
-  boost::asio::steady_timer closeDeadline_;
-  boost::asio::steady_timer::time_point heardAt_;
+  Time heardAt_;
+  Time nextPing_;
+  Time closeBy_;
   std::optional<CloseCode> closeCode_;
   std::string closeReason_;
+  bool isWriting_ = false;
   bool pingDue_ = false;
   bool finished_ = false;
   bool isCut_ = false;

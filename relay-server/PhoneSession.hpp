@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "PeerSession.hpp"
 #include "PeerSocket.hpp"
 #include "RelayHub.hpp"
 #include "RelayLimits.hpp"
@@ -13,7 +14,7 @@
 namespace tallyfox::server {
 
 /// One phone's socket, from its handshake to its end. Leaves the hub when destroyed.
-class PhoneSession {
+class PhoneSession final : public PeerSession {
  public:
   struct Dependencies {
     RelayHub& hub;
@@ -23,11 +24,11 @@ class PhoneSession {
     RelayMetrics& metrics;
   };
   PhoneSession(std::shared_ptr<PeerSocket> socket, Dependencies dependencies);
-  ~PhoneSession();
+  ~PhoneSession() override;
   PhoneSession(const PhoneSession&) = delete;
   PhoneSession& operator=(const PhoneSession&) = delete;
 
-  [[nodiscard]] boost::asio::awaitable<void> run();
+  [[nodiscard]] boost::asio::awaitable<void> run() override;
 
  private:
   /// The phone's first frame; null when it did not come in time.

@@ -231,7 +231,9 @@ asio::awaitable<void> RelayServer::acceptConnections() {
     auto [error, socket] = co_await acceptor_.async_accept(resultOf);
     if (!acceptor_.is_open()) co_return;
     if (!error) {
-      serve(std::move(socket));
+      asio::co_spawn(io_, serve(std::move(socket)), [this](const std::exception_ptr& failure) {
+        if (failure) log_.write(log_event::connectionFailed);
+      });
       continue;
     }
     log_.write(log_event::acceptFailed, {LogField::reason(error)});
@@ -240,24 +242,24 @@ asio::awaitable<void> RelayServer::acceptConnections() {
   }
 }
 
-void RelayServer::serve(tcp::socket socket) {
+asio::awaitable<void> RelayServer::serve(tcp::socket socket) {
   boost::system::error_code ignored;
   socket.set_option(tcp::no_delay(true), ignored);
   ++metrics_.connections;
-  const auto session = std::make_shared<HttpSession>(
-      std::move(socket), HttpSession::Dependencies{.hub = *hub_,
-                                                   .unauthenticated = unauthenticated_,
-                                                   .log = log_,
-                                                   .limits = limits_,
-                                                   .clientLimits = clientLimits_,
-                                                   .metrics = metrics_,
-                                                   .drain = drain_,
-                                                   .page = page_ ? &*page_ : nullptr,
-                                                   .tls = tls_ ? &tls_->current() : nullptr});
-  // The completion keeps the session as long as its coroutine runs.
-  asio::co_spawn(io_, session->run(), [this, session](const std::exception_ptr& failure) {
-    if (failure) log_.write(log_event::connectionFailed);
-  });
+  auto session = std::make_shared<HttpSession>(std::move(socket),
+                                               HttpSession::Dependencies{.hub = *hub_,
+                                                                         .unauthenticated = unauthenticated_,
+                                                                         .log = log_,
+                                                                         .limits = limits_,
+                                                                         .clientLimits = clientLimits_,
+                                                                         .metrics = metrics_,
+                                                                         .drain = drain_,
+                                                                         .page = page_ ? &*page_ : nullptr,
+                                                                         .tls = tls_ ? &tls_->current() : nullptr});
+  const auto upgraded = co_await session->run();
+  // Most connections are WebSockets for a long time, which have no use for what their request took.
+  session.reset();
+  if (upgraded) co_await upgraded->run();
 }
 
 void RelayServer::drain() {

@@ -80,7 +80,7 @@ class RelayServer {
   void offerPush();
   [[nodiscard]] boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
   boost::asio::awaitable<void> acceptConnections();
-  void serve(boost::asio::ip::tcp::socket socket);
+  boost::asio::awaitable<void> serve(boost::asio::ip::tcp::socket socket);
   void awaitReload();
   void takeSettings();
   [[nodiscard]] ReloadHooks::Prepared freshCertificates(const RelayOptions& options);

@@ -6,13 +6,14 @@
 #include <boost/asio/error.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/beast/core/bind_handler.hpp>
 #include <boost/beast/core/role.hpp>
-#include <boost/beast/websocket/teardown.hpp>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "tls/LingeringClose.hpp"
 #include "tls/TlsConnection.hpp"
 
 namespace tallyfox::server {
@@ -58,10 +59,13 @@ class ClientStream {
   }
 
   friend void beast_close_socket(ClientStream& stream) { stream.close(); }
+  /// The end of a WebSocket. Whoever waits for it need not wait for the peer to take notice.
   template <typename Handler>
-  friend void async_teardown(boost::beast::role_type role, ClientStream& stream, Handler&& handler) {
-    if (stream.tls_) stream.tls_->sayGoodbye();
-    boost::beast::websocket::async_teardown(role, stream.socket_, std::forward<Handler>(handler));
+  friend void async_teardown(boost::beast::role_type, ClientStream& stream, Handler&& handler) {
+    stream.shutdownSend();
+    closeLingering(std::move(stream.socket_));
+    boost::asio::post(stream.get_executor(),
+                      boost::beast::bind_front_handler(std::forward<Handler>(handler), boost::system::error_code()));
   }
 
  private:

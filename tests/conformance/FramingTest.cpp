@@ -53,6 +53,12 @@ TEST_F(FramingTest, refusesLengthsOfAWrongForm) {
        violation},
       {"5.2", "65535 in 64 bits",
        RawFrame{.payload = std::string(65535, ' '), .lengthForm = LengthForm::bits64}.bytes(), violation},
+      {"5.2", "the top bit", RawFrame{.declaredLength = 0x8000000000000000}.bytes(), "close 1009\nend\n"},
+      {"5.2", "all bits", RawFrame{.declaredLength = 0xFFFFFFFFFFFFFFFF}.bytes(), "close 1009\nend\n"},
+      {"5.2", "all bits of a continuation",
+       fragment(opcode::text, "{", false) +
+           RawFrame{.opcode = opcode::continuation, .declaredLength = 0xFFFFFFFFFFFFFFFF}.bytes(),
+       "close 1009\nend\n"},
   });
 }
 
@@ -84,6 +90,8 @@ TEST_F(FramingTest, refusesReservedBitsAndOpcodes) {
     cases.push_back({"5.2", "a reserved opcode", wrong({.opcode = kind}), violation});
     cases.push_back({"5.2", "a reserved opcode, a fragment", wrong({.opcode = kind, .fin = false}), violation});
   }
+  cases.push_back({"5.2", "a reserved opcode after a good frame", textFrame(decision("R")) + wrong({.opcode = 3}),
+                   undelivered("R") + "\n" + violation});
   expectAnswers(cases);
 }
 
@@ -152,6 +160,8 @@ TEST_F(FramingTest, refusesFragmentsOutOfOrder) {
   expectAnswers({
       {"5.4", "a last continuation of nothing", fragment(opcode::continuation, decision("R"), true), violation},
       {"5.4", "a continuation of nothing", fragment(opcode::continuation, decision("R"), false), violation},
+      {"5.4", "a continuation of a whole message", textFrame(decision("R")) + fragment(opcode::continuation, "", true),
+       undelivered("R") + "\n" + violation},
       {"5.4", "a new text", first + textFrame(decision("R")), violation},
       {"5.4", "a new fragmented text", first + fragment(opcode::text, "{", false), violation},
       {"5.4", "a new binary", first + RawFrame{.opcode = opcode::binary}.bytes(), violation},

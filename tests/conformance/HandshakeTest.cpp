@@ -190,6 +190,17 @@ TEST_F(HandshakeTest, readsARequestThatComesByteByByte) {
   EXPECT_THAT(client.httpAnswer(), StartsWith("HTTP/1.1 101 "));
 }
 
+// RFC 9110 9.3.2: the head that a GET would have, and nothing behind it.
+TEST_F(HandshakeTest, answersHeadWithoutContent) {
+  RawClient client(relay.port());
+  client.send("HEAD /nowhere HTTP/1.1\r\nHost: relay\r\n\r\n");
+  client.finishSending();
+  const std::string answer = client.everything();
+  EXPECT_THAT(answer, StartsWith("HTTP/1.1 404 "));
+  EXPECT_THAT(answer, HasSubstr("\r\nContent-Length: 10\r\n"));
+  EXPECT_THAT(answer, ::testing::EndsWith("\r\n\r\n"));
+}
+
 // Whatever is refused is refused in order: an answer, then the end.
 TEST_F(HandshakeTest, endsTheConnectionAfterARefusal) {
   RawClient client(relay.port());

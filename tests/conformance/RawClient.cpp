@@ -33,16 +33,25 @@ std::string closeEvent(const std::string& payload) {
   return "close " + std::to_string(numberIn(payload.substr(0, 2))) + (reason.empty() ? "" : " " + reason);
 }
 
+sockaddr_in endpoint(std::uint32_t address, std::uint16_t port) {
+  sockaddr_in endpoint{};
+  endpoint.sin_family = AF_INET;
+  endpoint.sin_port = htons(port);
+  endpoint.sin_addr.s_addr = htonl(address);
+  return endpoint;
+}
+
 }  // namespace
 
-RawClient::RawClient(std::uint16_t port) : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+RawClient::RawClient(std::uint16_t port, std::uint32_t source)
+    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   const int on = 1;
   setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-  if (connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+  setsockopt(socket_, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &on, sizeof(on));
+  const sockaddr_in here = endpoint(source, 0);
+  const sockaddr_in there = endpoint(INADDR_LOOPBACK, port);
+  if (bind(socket_, reinterpret_cast<const sockaddr*>(&here), sizeof(here)) != 0 ||
+      connect(socket_, reinterpret_cast<const sockaddr*>(&there), sizeof(there)) != 0) {
     throw std::runtime_error("no connection");
   }
 }
@@ -69,6 +78,12 @@ void RawClient::sendByteByByte(std::string_view bytes) {
 
 void RawClient::finishSending() {
   shutdown(socket_, SHUT_WR);
+}
+
+void RawClient::reset() {
+  const linger atOnce{.l_onoff = 1, .l_linger = 0};
+  setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
+  close(std::exchange(socket_, -1));
 }
 
 RawClient::Event RawClient::receive() {
@@ -109,6 +124,12 @@ std::string RawClient::httpAnswer() {
     size += std::stoul(buffer_.substr(length + lengthName.size()));
   }
   return take(size).value_or("");
+}
+
+std::string RawClient::everything() {
+  while (receive() == Event::data) {
+  }
+  return std::exchange(buffer_, {});
 }
 
 std::string RawClient::next() {

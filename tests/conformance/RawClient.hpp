@@ -11,7 +11,8 @@ namespace tallyfox::server::conformance {
 /// A TCP connection that sends any bytes and reads what comes back strictly by the RFC. No wait of it is endless.
 class RawClient {
  public:
-  explicit RawClient(std::uint16_t port);
+  /// From `source`, an IPv4 address of this machine.
+  explicit RawClient(std::uint16_t port, std::uint32_t source = 0x7F000001);
   ~RawClient();
   RawClient(RawClient&& other) noexcept;
   RawClient(const RawClient&) = delete;
@@ -22,9 +23,13 @@ class RawClient {
   void sendByteByByte(std::string_view bytes);
   /// Ends this direction; the other one stays.
   void finishSending();
+  /// Ends the connection at once, such that neither side remembers it.
+  void reset();
 
   /// An HTTP answer with its body, or what came of it before the end.
   [[nodiscard]] std::string httpAnswer();
+  /// All bytes until the end.
+  [[nodiscard]] std::string everything();
   /// What the relay sends next: a text message, "ping PAYLOAD", "pong PAYLOAD", "close CODE REASON" (or "close" without
   /// a payload), "end" for the end of the stream, "reset", "silence", or "breach ..." for what no server may send.
   [[nodiscard]] std::string next();

@@ -119,5 +119,12 @@ TEST_F(Utf8Test, refusesAtTheFirstBadByte) {
   expectAnswers(cases);
 }
 
+// Between messages nothing is carried over, and what was good before is answered.
+TEST_F(Utf8Test, startsAnewWithEveryMessage) {
+  RawClient client = phone();
+  client.send(textFrame(decision("\xC3\xA9")) + textFrame(decision("\xE2\x82\xAC")) + textFrame("\xA9"));
+  EXPECT_EQ(client.rest(), undelivered("\xC3\xA9") + "\n" + undelivered("\xE2\x82\xAC") + "\n" + invalid);
+}
+
 }  // namespace
 }  // namespace tallyfox::server::conformance
