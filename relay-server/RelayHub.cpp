@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "PhoneFrames.hpp"
+#include "RelayHubVisit.hpp"
 #include "relay/RelayMessages.hpp"
 
 namespace tallyfox::server {
@@ -21,24 +22,6 @@ std::expected<std::string, DecodingError> typeOf(const std::expected<Json, Decod
 }
 
 }  // namespace
-
-/// Keeps the room of a pairing while a call that waits needs it.
-class RelayHub::Visit {
- public:
-  Visit(RelayHub& hub, std::string pairingID) : hub_(hub), pairingID_(std::move(pairingID)) {
-    ++hub_.rooms_[pairingID_].visits;
-  }
-  ~Visit() {
-    --hub_.rooms_[pairingID_].visits;
-    hub_.discardWhenEmpty(pairingID_);
-  }
-  Visit(const Visit&) = delete;
-  Visit& operator=(const Visit&) = delete;
-
- private:
-  RelayHub& hub_;
-  std::string pairingID_;
-};
 
 RelayHub::RelayHub(PairingStore& store, RelayLog& log, const RelayLimits& limits, RelayMetrics& metrics,
                    PairingBus* bus)
@@ -392,53 +375,6 @@ void RelayHub::refused(const PhoneHello& hello, CloseCode code) {
 void RelayHub::storageFailed(LogText task, std::string_view pairingID, const StorageError& error) {
   log_.write(log_event::storageFailedFor,
              {LogField::task(task), LogField::pairing(pairingID), LogField::reason(error)});
-}
-
-void RelayHub::presenceChanged(const std::string& pairingID) {
-  const auto found = rooms_.find(pairingID);
-  if (found == rooms_.end()) return;
-  found->second.room.setElsewhere(bus_.agentElsewhere(pairingID), bus_.devicesElsewhere(pairingID));
-  found->second.room.publishPhoneStatus();
-}
-
-void RelayHub::agentSuperseded(const std::string& pairingID) {
-  const auto found = rooms_.find(pairingID);
-  if (found == rooms_.end()) return;
-  log(log_event::agentSuperseded, pairingID);
-  presenceChanged(pairingID);
-  found->second.room.yieldAgent();
-  bus_.agentLeft(pairingID);
-}
-
-void RelayHub::frameForPhones(const std::string& pairingID, const Frame& frame) {
-  if (const auto found = rooms_.find(pairingID); found != rooms_.end())
-    found->second.room.sendToPhones(frame, FrameType::approvalResult);
-}
-
-void RelayHub::snapshotArrived(const std::string& pairingID, const Frame& snapshot) {
-  if (rooms_.contains(pairingID)) keepSnapshot(pairingID, snapshot);
-}
-
-bool RelayHub::deliverToAgent(const std::string& pairingID, const Frame& frame) {
-  const auto found = rooms_.find(pairingID);
-  const auto type = typeOf(parsedJson(*frame));
-  return found != rooms_.end() && type && found->second.room.sendToAgent(frame, frameTypeOf(*type));
-}
-
-RelayHub::Eventually<void> RelayHub::recordChanged(std::string pairingID) {
-  const auto turn = co_await turns_.take(pairingID);
-  if (!rooms_.contains(pairingID)) co_return;
-  const Visit visit(*this, pairingID);
-  const auto pairing = co_await store_.pairing(pairingID);
-  if (!pairing) {
-    storageFailed("look at the record", pairingID, pairing.error());
-  } else if (*pairing && (*pairing)->revoked) {
-    log(log_event::pairingRevoked, pairingID);
-    dismissAll(pairingID);
-  } else {
-    if (co_await listDevices(pairingID)) room(pairingID).dismissUnpairedPhones();
-    publishPhones(pairingID);
-  }
 }
 
 }  // namespace tallyfox::server

@@ -4,102 +4,23 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "FakeNetwork.hpp"
-#include "MemoryPairingStore.hpp"
-#include "Recorders.hpp"
-#include "RelayHub.hpp"
-#include "relay/RelayMessages.hpp"
+#include "ClusterFixture.hpp"
 
 namespace tallyfox::server {
 namespace {
 
 using ::testing::ElementsAre;
-using testing::FakeNetwork;
 using testing::FakeTransport;
 using testing::frameOf;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using testing::Pending;
 using testing::RecordedPeer;
-using Verdict = RelayHub::Verdict;
+using testing::uncertain;
 namespace message = testing::message;
 using namespace std::chrono_literals;
 
-/// A relay without sockets.
-struct Node {
-  Node(FakeNetwork& network, PairingStore& store, RelayLog& log, const RelayLimits& limits, const std::string& name)
-      : transport(network, name),
-        bus(transport, log, name, [&network] { return network.now; }),
-        hub(store, log, limits, metrics, &bus) {}
-  FakeTransport transport;
-  ClusterBus bus;
-  RelayMetrics metrics;
-  RelayHub hub;
-};
-
-std::string uncertain(const std::string& decisionID) {
-  return R"({"type":"decision.undeliverable","decisionID":")" + decisionID + R"(","reason":"uncertain"})";
-}
-
-class ClusterBusTest : public ::testing::Test {
- protected:
-  ClusterBusTest() {
-    const Pending registration(network.io, a.hub.access().registerToken("P1", "token-1"));
-    network.settle();
-    EXPECT_TRUE(registration.value());
-  }
-  Verdict agentJoins(Node& node, RecordedPeer& peer) {
-    const Pending joined(network.io, node.hub.agentJoined("P1", peer));
-    network.settle();
-    return joined.value();
-  }
-  static PhoneHello hello(const std::string& deviceID) {
-    return {.pairingID = "P1", .relaySecret = "token-1", .deviceID = deviceID, .deviceName = "N"};
-  }
-  Verdict phoneJoins(Node& node, const std::string& deviceID, RecordedPeer& peer) {
-    const Pending joined(network.io, node.hub.phoneJoined(hello(deviceID), peer));
-    network.settle();
-    return joined.value();
-  }
-  void agentSays(Node& node, RecordedPeer& peer, const std::string& text) {
-    const Pending said(network.io, node.hub.agentFrame("P1", peer, frameOf(text)));
-    network.settle();
-    EXPECT_TRUE(said.ended());
-  }
-  void phoneSays(Node& node, const std::string& deviceID, RecordedPeer& peer, const std::string& text) {
-    saying.emplace_back(network.io, node.hub.phoneFrame({"P1", deviceID}, peer, frameOf(text)));
-    network.settle();
-  }
-  /// Time in which the named nodes, and no others, say that they live.
-  void pass(std::chrono::seconds time, const std::vector<Node*>& alive) {
-    for (auto passed = 0s; passed < time; passed += 1s) {
-      network.advance(1s);
-      for (Node* const node : alive)
-        node->bus.beat();
-      network.settle();
-    }
-  }
-  static std::optional<bool> connectedIn(const RecordedPeer& peer, const std::string& deviceID) {
-    for (auto frame = peer.frames.rbegin(); frame != peer.frames.rend(); ++frame) {
-      if (!frame->contains("phone.status")) continue;
-      const auto status = PhoneStatusRelayMessage::decoded(Json::parse(*frame)).value();
-      for (const auto& each : *status.phones)
-        if (each.deviceID == deviceID) return each.connected;
-      return std::nullopt;
-    }
-    return std::nullopt;
-  }
-
-  FakeNetwork network;
-  testing::MemoryPairingStore store;
-  testing::RecordedConsole console;
-  RelayLog log{console};
-  RelayLimits limits;
-  Node a{network, store, log, limits, "node-a"}, b{network, store, log, limits, "node-b"},
-      c{network, store, log, limits, "node-c"};
-  RecordedPeer agent, newer, phone, other;
-  std::list<Pending<Verdict>> saying;
-};
+using ClusterBusTest = testing::ClusterFixture;
 
 TEST_F(ClusterBusTest, aPairingWorksAcrossNodesAsOnOne) {
   ASSERT_TRUE(phoneJoins(b, "D1", phone));
@@ -333,77 +254,6 @@ TEST_F(ClusterBusTest, theSnapshotOfAReplacedAgentDoesNotStay) {
   network.settle();
   EXPECT_EQ(FakeTransport::keptIn(network, "P1"), message::snapshot("ax1:new"));
   EXPECT_EQ(phone.frames.back(), message::snapshot("ax1:new"));
-}
-
-TEST_F(ClusterBusTest, unpairingReachesEveryNode) {
-  RecordedPeer second;
-  ASSERT_TRUE(agentJoins(a, agent));
-  ASSERT_TRUE(phoneJoins(b, "D1", phone));
-  ASSERT_TRUE(phoneJoins(c, "D1", second));
-  ASSERT_TRUE(phoneJoins(c, "D2", other));
-  agentSays(a, agent, message::unpair("D1"));
-  for (const RecordedPeer* const gone : {&phone, &second}) {
-    EXPECT_EQ(gone->frames.back(), message::unpaired);
-    EXPECT_EQ(gone->closed, CloseCode::unpaired);
-  }
-  EXPECT_FALSE(other.closed);
-  EXPECT_EQ(connectedIn(agent, "D1"), std::nullopt);
-  EXPECT_EQ(connectedIn(agent, "D2"), true);
-}
-
-TEST_F(ClusterBusTest, aDeviceThatLeavesLeavesAtEveryNode) {
-  RecordedPeer second;
-  ASSERT_TRUE(agentJoins(a, agent));
-  ASSERT_TRUE(phoneJoins(b, "D1", phone));
-  ASSERT_TRUE(phoneJoins(c, "D1", second));
-  phoneSays(b, "D1", phone, message::leave);
-  EXPECT_EQ(saying.back().value(), std::unexpected(CloseCode::normal));
-  EXPECT_EQ(second.closed, CloseCode::unpaired);
-  EXPECT_EQ(connectedIn(agent, "D1"), std::nullopt);
-}
-
-TEST_F(ClusterBusTest, revocationReachesEveryNode) {
-  ASSERT_TRUE(agentJoins(a, agent));
-  ASSERT_TRUE(phoneJoins(b, "D1", phone));
-  ASSERT_TRUE(phoneJoins(c, "D2", other));
-  agentSays(a, agent, message::unpairAll);
-  EXPECT_EQ(agent.closed, CloseCode::unpaired);
-  for (const RecordedPeer* const gone : {&phone, &other}) {
-    EXPECT_EQ(gone->frames.back(), message::unpaired);
-    EXPECT_EQ(gone->closed, CloseCode::unpaired);
-  }
-}
-
-TEST_F(ClusterBusTest, whatWasUnpairedBehindItsBackGoesWhenANodeReturns) {
-  ASSERT_TRUE(agentJoins(a, agent));
-  ASSERT_TRUE(phoneJoins(b, "D1", phone));
-  ASSERT_TRUE(phoneJoins(b, "D2", other));
-  b.transport.cut();
-  agentSays(a, agent, message::unpair("D1"));
-  EXPECT_FALSE(phone.closed);
-  b.transport.mend();
-  EXPECT_EQ(phone.closed, CloseCode::unpaired);
-  EXPECT_FALSE(other.closed);
-}
-
-TEST_F(ClusterBusTest, aStorageThatFailsDismissesNobody) {
-  ASSERT_TRUE(agentJoins(a, agent));
-  ASSERT_TRUE(phoneJoins(b, "D1", phone));
-  b.transport.cut();
-  store.failure = "gone";
-  b.transport.mend();
-  EXPECT_FALSE(phone.closed);
-  EXPECT_FALSE(agent.closed);
-}
-
-TEST_F(ClusterBusTest, aRenamedPhoneIsReportedToTheAgentElsewhere) {
-  ASSERT_TRUE(agentJoins(a, agent));
-  ASSERT_TRUE(phoneJoins(b, "D1", phone));
-  PhoneHello renamed = hello("D1");
-  renamed.deviceName = "New name";
-  const Pending joined(network.io, c.hub.phoneJoined(renamed, other));
-  network.settle();
-  EXPECT_THAT(agent.frames.back(), ::testing::HasSubstr("New name"));
 }
 
 TEST_F(ClusterBusTest, knowsWhetherADeviceIsConnectedAnywhere) {
