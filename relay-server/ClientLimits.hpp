@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "AddressLimits.hpp"
@@ -22,6 +23,8 @@ class ClientLimits {
 
   ClientLimits(const RelayLimits& limits, std::vector<Network> trustedProxies);
 
+  /// From now on these are the listed proxies.
+  void trust(std::vector<Network> proxies) { trustedProxies_ = std::move(proxies); }
   [[nodiscard]] bool isTrustedProxy(const boost::asio::ip::address& peer) const;
   /// For each accepted connection. Proxies connect as often as they like.
   [[nodiscard]] Refusal connectionRefusal(const boost::asio::ip::address& peer, Time now);

@@ -61,6 +61,9 @@ inline constexpr LogEvent storageFailedFor{error, "storage.failed", "Unable to {
 
 inline constexpr LogEvent reloaded{info, "relay.reloaded", "Settings reloaded."};
 inline constexpr LogEvent reloadRefused{error, "relay.reload-failed", "Unable to reload, all settings stay: {reason}"};
+inline constexpr LogEvent settingChanged{info, "setting.changed", "The setting {setting} has changed."};
+inline constexpr LogEvent settingNeedsRestart{warning, "setting.needs-restart",
+                                              "The setting {setting} has changed; it needs a restart."};
 inline constexpr LogEvent certificateRead{info, "certificate.read", "TLS certificate read again."};
 inline constexpr LogEvent certificateWarning{warning, "certificate.warning", "{reason}"};
 inline constexpr LogEvent metricsListening{info, "metrics.listening", "Metrics on {address}."};

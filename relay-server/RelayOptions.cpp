@@ -8,11 +8,12 @@
 #include <charconv>
 #include <map>
 #include <optional>
-#include <set>
 #include <system_error>
 #include <utility>
 
 #include "Identifiers.hpp"
+
+#include "SettingsFile.hpp"
 
 namespace tallyfox::server {
 namespace {
@@ -189,6 +190,7 @@ constexpr std::string_view pushServiceName = "--push-service";
 bool isRepeatable(std::string_view name) {
   return name == trustedProxyName || name == pushServiceName;
 }
+constexpr std::string_view configName = "--config";
 
 /// What takes the value of each option.
 const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& settings() {
@@ -214,6 +216,45 @@ const std::map<std::string_view, Taken (*)(RelayOptions&, std::string_view)>& se
       {"--push-ca", takePushAuthorities},
   };
   return table;
+}
+
+bool isOption(std::string_view name) {
+  return name == configName || settings().contains(name);
+}
+
+/// False when the option has a value and takes but one.
+bool add(GivenOptions::Texts& texts, std::string_view name, std::string_view value) {
+  auto& values = texts[std::string(name)];
+  if (!values.empty() && !isRepeatable(name)) return false;
+  values.emplace_back(value);
+  return true;
+}
+
+/// What the options lack, or have too many of; empty when nothing.
+std::string missing(const GivenOptions::Texts& texts) {
+  if (!texts.contains("--listen")) return "--listen is missing";
+  const auto startsNats = [](const auto& each) { return each.first.starts_with("--nats-"); };
+  const bool usesNats = texts.contains("--nats");
+  if (!usesNats && std::ranges::any_of(texts, startsNats)) return "--nats is missing";
+  if (usesNats && texts.contains("--data")) return "--nats takes the place of --data";
+  if (!usesNats && !texts.contains("--data")) return "--data is missing";
+  return {};
+}
+
+std::expected<void, SettingsError> mergeFile(GivenOptions::Texts& texts, const std::string& file) {
+  const auto settings = settingsIn(file);
+  if (!settings) return std::unexpected(settings.error());
+  GivenOptions::Texts fromFile;
+  for (const Setting& setting : *settings) {
+    const auto broken = [&](std::string_view why) {
+      return std::unexpected(SettingsError{fmt::format("{}: {} {}", file, setting.name.substr(2), why)});
+    };
+    if (setting.name == configName || !isOption(setting.name)) return broken("is no setting");
+    if (!add(fromFile, setting.name, setting.value)) return broken("is given twice");
+  }
+  // What the command line has stays as it is.
+  texts.merge(fromFile);
+  return {};
 }
 
 std::unexpected<std::string> wrongUsage(std::string_view fault) {
@@ -257,6 +298,8 @@ WebSocket: listen on loopback, behind a proxy that ends TLS.
   --metrics ADDRESS:PORT   tell Prometheus there, at /metrics, how the relay fares; for no stranger to reach
   --drain-time SECONDS     how long SIGTERM takes to send everybody away; by default a second for each hundred sockets,
                            ten at most
+  --config FILE            more of these settings, a line each such as "metrics = 127.0.0.1:9464"; the command line
+                           counts first, and SIGHUP has the file read again
 
   --make-push-key FILE     write a new key for Web Push to a new file, and end
 
@@ -276,29 +319,55 @@ std::expected<RelayOptions, std::string> RelayOptions::parsed(std::span<const ch
     options.newPushKey = arguments[1];
     return options;
   }
-  std::set<std::string_view> given;
+  auto given = GivenOptions::read(arguments);
+  if (!given) return std::unexpected(std::move(given.error()));
+  return std::move(given->options);
+}
+
+std::expected<GivenOptions, std::string> GivenOptions::read(std::span<const char* const> arguments) {
+  GivenOptions given;
   for (std::size_t index = 0; index < arguments.size(); index += 2) {
     const std::string_view name = arguments[index];
-    if (!settings().contains(name)) return wrongUsage(fmt::format("Unknown argument {}", name));
-    if (!given.insert(name).second && !isRepeatable(name)) return wrongUsage(fmt::format("{} is given twice", name));
+    if (!isOption(name)) return wrongUsage(fmt::format("Unknown argument {}", name));
     if (index + 1 == arguments.size()) return wrongUsage(fmt::format("{} lacks its value", name));
+    if (!add(given.texts, name, arguments[index + 1])) return wrongUsage(fmt::format("{} is given twice", name));
   }
-  if (!given.contains("--listen")) return wrongUsage("--listen is missing");
-  const auto startsNats = [](std::string_view name) { return name.starts_with("--nats-"); };
-  if (!given.contains("--nats") && std::ranges::any_of(given, startsNats)) return wrongUsage("--nats is missing");
-  if (given.contains("--nats") && given.contains("--data")) return wrongUsage("--nats takes the place of --data");
-  if (!given.contains("--nats") && !given.contains("--data")) return wrongUsage("--data is missing");
-  RelayOptions options;
-  for (std::size_t index = 0; index < arguments.size(); index += 2) {
-    const auto taken = settings().at(arguments[index])(options, arguments[index + 1]);
-    if (!taken) return wrongUsage(taken.error());
+  const auto file = given.texts.find(configName);
+  if (file != given.texts.end()) {
+    if (const auto merged = mergeFile(given.texts, file->second.front()); !merged)
+      return std::unexpected(merged.error().description);
   }
-  if (options.tls && (options.tls->certificate.empty() || options.tls->key.empty()))
+  if (const std::string fault = missing(given.texts); !fault.empty()) return wrongUsage(fault);
+  for (const auto& [name, values] : given.texts) {
+    if (name == configName) continue;
+    for (const std::string& value : values)
+      if (const auto taken = settings().at(name)(given.options, value); !taken) return wrongUsage(taken.error());
+  }
+  const auto& tls = given.options.tls;
+  if (tls && (tls->certificate.empty() || tls->key.empty()))
     return wrongUsage("--tls-certificate and --tls-key need each other");
-  if (!options.nats && options.dataDirectory.empty()) return wrongUsage("--data is missing");
-  if (options.push && (options.push->key.empty() || options.push->contact.empty()))
+  if (!given.options.nats && given.options.dataDirectory.empty()) return wrongUsage("--data is missing");
+  const auto& push = given.options.push;
+  if (push && (push->key.empty() || push->contact.empty()))
     return wrongUsage("Web Push needs --push-key and --push-contact");
-  return options;
+  return given;
+}
+
+std::vector<std::string> changedOptions(const GivenOptions::Texts& before, const GivenOptions::Texts& after) {
+  std::vector<std::string> names;
+  for (const auto& [name, values] : before) {
+    const auto now = after.find(name);
+    if (now == after.end() || now->second != values) names.push_back(name);
+  }
+  for (const auto& [name, values] : after)
+    if (!before.contains(name)) names.push_back(name);
+  return names;
+}
+
+bool isTakenAtRunTime(std::string_view name) {
+  static constexpr std::array<std::string_view, 7> taken{
+      "--drain-time", "--log-format", "--log-level", "--metrics", "--tls-certificate", "--tls-key", trustedProxyName};
+  return std::ranges::find(taken, name) != taken.end();
 }
 
 }  // namespace tallyfox::server

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <expected>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,7 +32,9 @@ struct ListenAddress {
   bool operator==(const ListenAddress&) const = default;
 };
 
-/// The command line.
+struct GivenOptions;
+
+/// The command line, with what a file adds to it.
 struct RelayOptions {
   enum class Purpose { serve, makePushKey, showHelp, showVersion };
 
@@ -54,5 +58,23 @@ struct RelayOptions {
   /// `arguments` without the program's name. The error is one line for the person who typed them.
   [[nodiscard]] static std::expected<RelayOptions, std::string> parsed(std::span<const char* const> arguments);
 };
+
+/// Options, and the texts that they were read from, by name.
+struct GivenOptions {
+  using Texts = std::map<std::string, std::vector<std::string>, std::less<>>;
+
+  RelayOptions options;
+  Texts texts;
+
+  /// As RelayOptions::parsed. `--config` names a file, read now, whose settings count where the command line has none
+  /// of that name.
+  [[nodiscard]] static std::expected<GivenOptions, std::string> read(std::span<const char* const> arguments);
+};
+
+/// The options whose texts differ.
+[[nodiscard]] std::vector<std::string> changedOptions(const GivenOptions::Texts& before,
+                                                      const GivenOptions::Texts& after);
+/// Whether a running relay can take another value of this option. One that begins or ends to speak TLS cannot.
+[[nodiscard]] bool isTakenAtRunTime(std::string_view name);
 
 }  // namespace tallyfox::server

@@ -34,6 +34,11 @@ std::string textOf(const tcp::endpoint& endpoint) {
   return fmt::format("{}:{}", address, endpoint.port());
 }
 
+/// Its address was read as one.
+tcp::endpoint endpointOf(const ListenAddress& address) {
+  return {asio::ip::make_address(address.address), address.port};
+}
+
 }  // namespace
 
 RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLimits& limits, Console& console)
@@ -47,7 +52,7 @@ RelayServer::RelayServer(Files files, const RelayOptions& options, const RelayLi
       clientLimits_(limits_, options.trustedProxies),
       metricsListener_(io_, {.metrics = [this] { return metricsText(); },
                              .trouble = [this] { return drain_.isUnderWay() ? "draining" : ""; }}) {
-  onReload([this](const RelayOptions& fresh) { return freshCertificates(fresh); });
+  addOwnReloadHooks();
 }
 
 std::expected<std::unique_ptr<RelayServer>, std::string> RelayServer::open(const RelayOptions& options,
@@ -129,10 +134,8 @@ RelayServer::~RelayServer() {
 }
 
 std::expected<void, std::string> RelayServer::listenForMetrics(const ListenAddress& address) {
-  boost::system::error_code error;
-  const tcp::endpoint endpoint(asio::ip::make_address(address.address, error), address.port);
-  if (!error) error = metricsListener_.listen(endpoint);
-  if (error) {
+  const tcp::endpoint endpoint = endpointOf(address);
+  if (const auto error = metricsListener_.listen(endpoint)) {
     return std::unexpected(fmt::format("Unable to listen on {} for metrics: {}", textOf(endpoint), error.message()));
   }
   log_.write(log_event::metricsListening, {LogField::address(metricsListener_.endpoint())});
@@ -183,10 +186,14 @@ void RelayServer::reload() {
 
 void RelayServer::takeSettings() {
   told_(State::reloading);
-  if (const auto done = reloadHooks_.run(options_); !done) {
-    log_.write(log_event::reloadRefused, {LogField::reason(done.error())});
-  } else {
+  auto fresh = settingsNow();
+  auto done = fresh ? reloadHooks_.run(fresh->options) : std::unexpected(fresh.error());
+  if (done) {
+    options_ = std::move(fresh->options);
     log_.write(log_event::reloaded);
+    tellChanges(std::move(fresh->texts));
+  } else {
+    log_.write(log_event::reloadRefused, {LogField::reason(done.error())});
   }
   told_(State::ready);
 }
@@ -206,6 +213,57 @@ void RelayServer::run() {
 
 void RelayServer::stop() {
   asio::post(io_, [this] { closeEverything(); });
+}
+
+void RelayServer::readSettingsBy(ReadSettings read, GivenOptions::Texts now) {
+  readSettings_ = std::move(read);
+  settingTexts_ = std::move(now);
+}
+
+std::expected<GivenOptions, SettingsError> RelayServer::settingsNow() const {
+  if (!readSettings_) return GivenOptions{.options = options_, .texts = settingTexts_};
+  auto given = readSettings_();
+  if (!given) return std::unexpected(SettingsError{std::move(given.error())});
+  given->options.log.priorities = options_.log.priorities;
+  return std::move(*given);
+}
+
+void RelayServer::addOwnReloadHooks() {
+  onReload([this](const RelayOptions& fresh) { return freshCertificates(fresh); });
+  onReload([this](const RelayOptions& fresh) { return freshMetrics(fresh); });
+  onReload([this](const RelayOptions& fresh) -> ReloadHooks::Prepared {
+    return [this, log = fresh.log, proxies = fresh.trustedProxies] {
+      log_.configure(log);
+      clientLimits_.trust(proxies);
+    };
+  });
+}
+
+ReloadHooks::Prepared RelayServer::freshMetrics(const RelayOptions& options) {
+  if (options.metrics == options_.metrics) return [] {};
+  if (!options.metrics) return [this] { metricsListener_.close(); };
+  auto prepared = metricsListener_.opened(endpointOf(*options.metrics));
+  if (!prepared) {
+    return std::unexpected(
+        SettingsError{fmt::format("Unable to listen on {}: {}", options.metrics->address, prepared.error().message())});
+  }
+  return [this, acceptor = std::move(*prepared)] { metricsListener_.use(acceptor); };
+}
+
+void RelayServer::tellChanges(GivenOptions::Texts fresh) {
+  for (const std::string& name : changedOptions(settingTexts_, fresh)) {
+    const bool isTls = name.starts_with("--tls-");
+    const bool isTaken = isTakenAtRunTime(name) && !(isTls && settingTexts_.contains(name) != fresh.contains(name));
+    log_.write(isTaken ? log_event::settingChanged : log_event::settingNeedsRestart,
+               {LogField::setting(std::string_view(name).substr(2))});
+    if (!isTaken) continue;
+    // Others are told again, as long as they differ from what is in use.
+    if (const auto now = fresh.find(name); now != fresh.end()) {
+      settingTexts_[name] = now->second;
+    } else {
+      settingTexts_.erase(name);
+    }
+  }
 }
 
 ReloadHooks::Prepared RelayServer::freshCertificates(const RelayOptions& options) {

@@ -52,6 +52,9 @@ class RelayServer {
   void obeySignals();
   /// Adds a part that takes new settings on SIGHUP, before run(); ReloadHooks.hpp shows how.
   void onReload(ReloadHooks::Prepare prepare) { reloadHooks_.add(std::move(prepare)); }
+  /// Where SIGHUP takes its settings from, before run(); without it the old ones count again. `now` are those in use.
+  using ReadSettings = std::function<std::expected<GivenOptions, std::string>()>;
+  void readSettingsBy(ReadSettings read, GivenOptions::Texts now);
   /// Does what SIGHUP asks for. From any thread.
   void reload();
   /// What a service manager is told.
@@ -83,6 +86,10 @@ class RelayServer {
   boost::asio::awaitable<void> serve(boost::asio::ip::tcp::socket socket);
   void awaitReload();
   void takeSettings();
+  [[nodiscard]] std::expected<GivenOptions, SettingsError> settingsNow() const;
+  void addOwnReloadHooks();
+  [[nodiscard]] ReloadHooks::Prepared freshMetrics(const RelayOptions& options);
+  void tellChanges(GivenOptions::Texts fresh);
   [[nodiscard]] ReloadHooks::Prepared freshCertificates(const RelayOptions& options);
   [[nodiscard]] std::expected<void, std::string> listenForMetrics(const ListenAddress& address);
   [[nodiscard]] std::string metricsText() const;
@@ -105,6 +112,8 @@ class RelayServer {
   UnauthenticatedConnections unauthenticated_;
   ClientLimits clientLimits_;
   ReloadHooks reloadHooks_;
+  ReadSettings readSettings_;
+  GivenOptions::Texts settingTexts_;
   std::function<void(State)> told_ = [](State) {};
   Drain drain_;
   boost::asio::io_context io_{1};  ///< after everything that its coroutines refer to

@@ -72,25 +72,35 @@ void tellServiceManager([[maybe_unused]] tallyfox::server::RelayServer::State st
 
 int run(std::span<const char* const> arguments) {
   using namespace tallyfox::server;
-  auto options = RelayOptions::parsed(arguments);
-  if (!options) {
-    printLine(stderr, options.error());
+  auto asked = RelayOptions::parsed(arguments);
+  if (!asked) {
+    printLine(stderr, asked.error());
     return exitUsage;
   }
-  if (options->purpose == RelayOptions::Purpose::showHelp) {
+  if (asked->purpose == RelayOptions::Purpose::showHelp) {
     fmt::print("{}", helpText());
     return 0;
   }
-  if (options->purpose == RelayOptions::Purpose::showVersion) {
+  if (asked->purpose == RelayOptions::Purpose::showVersion) {
     fmt::print("tallyfox-relay {}\n", TALLYFOX_VERSION);
     return 0;
   }
-  if (options->purpose == RelayOptions::Purpose::makePushKey) {
-    const auto made = VapidKey::create(options->newPushKey);
+  if (asked->purpose == RelayOptions::Purpose::makePushKey) {
+    const auto made = VapidKey::create(asked->newPushKey);
     if (!made) printLine(stderr, made.error());
     return made ? 0 : exitFailure;
   }
-  if (!options->pageDirectory) options->pageDirectory = installedPage();
+  const auto read = [arguments] {
+    auto given = GivenOptions::read(arguments);
+    if (given && !given->options.pageDirectory) given->options.pageDirectory = installedPage();
+    return given;
+  };
+  auto given = read();
+  if (!given) {
+    printLine(stderr, given.error());
+    return exitUsage;
+  }
+  RelayOptions* const options = &given->options;
   options->log.priorities = isJournal(STDERR_FILENO);
   StandardErrorConsole console;
   const auto server = RelayServer::open(*options, RelayLimits{}, console);
@@ -98,6 +108,7 @@ int run(std::span<const char* const> arguments) {
     printLine(stderr, server.error());
     return exitFailure;
   }
+  (*server)->readSettingsBy(read, std::move(given->texts));
   (*server)->obeySignals();
   (*server)->onState(tellServiceManager);
   printLine(stdout, fmt::format("Tallyfox relay listening on {}.", (*server)->address()));

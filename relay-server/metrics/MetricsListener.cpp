@@ -63,17 +63,28 @@ Response answerTo(const Request& request, const MetricsListener::Answers& answer
 }  // namespace
 
 boost::system::error_code MetricsListener::listen(const tcp::endpoint& endpoint) {
+  auto acceptor = opened(endpoint);
+  if (!acceptor) return acceptor.error();
+  use(std::move(*acceptor));
+  return {};
+}
+
+std::expected<MetricsListener::Acceptor, boost::system::error_code> MetricsListener::opened(
+    const tcp::endpoint& endpoint) {
   const auto acceptor = std::make_shared<tcp::acceptor>(io_);
   boost::system::error_code error;
   acceptor->open(endpoint.protocol(), error);
   if (!error) acceptor->set_option(tcp::acceptor::reuse_address(true), error);
   if (!error) acceptor->bind(endpoint, error);
   if (!error) acceptor->listen(asio::socket_base::max_listen_connections, error);
-  if (error) return error;
+  if (error) return std::unexpected(error);
+  return acceptor;
+}
+
+void MetricsListener::use(Acceptor acceptor) {
   close();
   acceptor_ = acceptor;
-  asio::co_spawn(io_, accept(acceptor), [](const std::exception_ptr&) {});
-  return {};
+  asio::co_spawn(io_, accept(std::move(acceptor)), [](const std::exception_ptr&) {});
 }
 
 tcp::endpoint MetricsListener::endpoint() const {
@@ -88,7 +99,7 @@ void MetricsListener::close() {
   acceptor_.reset();
 }
 
-asio::awaitable<void> MetricsListener::accept(std::shared_ptr<tcp::acceptor> acceptor) {
+asio::awaitable<void> MetricsListener::accept(Acceptor acceptor) {
   asio::steady_timer pause(io_);
   while (acceptor->is_open()) {
     auto [error, socket] = co_await acceptor->async_accept(resultOf);

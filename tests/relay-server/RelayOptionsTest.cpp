@@ -137,6 +137,7 @@ TEST(RelayOptions, explainEachOption) {
                                  "--nats-replicas NUMBER ",
                                  "--metrics ADDRESS:PORT ",
                                  "--drain-time SECONDS ",
+                                 "--config FILE ",
                                  "--help ",
                                  "--version "})
     EXPECT_THAT(helpText(), HasSubstr("\n  " + word)) << "one line each";

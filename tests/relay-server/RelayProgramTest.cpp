@@ -129,6 +129,55 @@ TEST(RelayProgram, endsAtOnceOnASecondSignal) {
   EXPECT_EQ(relay.ended(), -SIGTERM);
 }
 
+TEST(RelayProgram, takesNewSettingsOnHangUpAndKeepsTheOldOnesOfABrokenFile) {
+  const TemporaryDirectory directory;
+  const auto file = directory.path() / "relay.conf";
+  const auto data = directory.path() / "data";
+  std::ofstream(file) << "# settings\nlisten = 127.0.0.1:0\ndata = " << data.string() << "\n log-level= info\n";
+  RelayProcess relay({"--config", file.string()});
+  const std::uint16_t port = relay.port();
+  ASSERT_EQ(registered(port, "P1", "token").status, 204U);
+  EXPECT_EQ(relay.errors.line(), "Pairing P1 registered.");
+  std::ofstream(file) << "listen = 127.0.0.1:1\ndata = " << data.string() << "\nlog-format = json\n";
+  relay.signal(SIGHUP);
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("event":"relay.reloaded"})"));
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("event":"setting.needs-restart","setting":"listen"})"));
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("event":"setting.changed","setting":"log-level"})"));
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("event":"setting.changed","setting":"log-format"})"));
+  std::ofstream(file) << "listen = 127.0.0.1:1\nlog-format = xml\n";
+  relay.signal(SIGHUP);
+  EXPECT_THAT(relay.errors.line(), HasSubstr(R"("event":"relay.reload-failed","reason":"--data is missing)"));
+  ASSERT_EQ(registered(port, "P1", "token").status, 204U);
+  EXPECT_THAT(relay.errors.line(), EndsWith(R"("event":"pairing.registered-again","pairing":"P1"})"));
+  relay.signal(SIGTERM);
+  EXPECT_EQ(relay.ended(), 0);
+}
+
+TEST(RelayProgram, opensAndClosesItsMetricsOnHangUp) {
+  const TemporaryDirectory directory;
+  const auto file = directory.path() / "relay.conf";
+  std::ofstream(file) << "";
+  auto arguments = listeningAt(directory.path() / "data");
+  arguments.insert(arguments.end(), {"--config", file.string()});
+  RelayProcess relay(arguments);
+  const std::uint16_t port = relay.port();
+  std::ofstream(file) << "metrics = 127.0.0.1:" << port << "\n";
+  relay.signal(SIGHUP);
+  EXPECT_EQ(relay.errors.line(),
+            "Unable to reload, all settings stay: Unable to listen on 127.0.0.1: Address already in use");
+  std::ofstream(file) << "metrics = 127.0.0.1:0\n";
+  relay.signal(SIGHUP);
+  EXPECT_EQ(relay.errors.line(), "Settings reloaded.");
+  EXPECT_EQ(relay.errors.line(), "The setting metrics has changed.");
+  std::ofstream(file) << "";
+  relay.signal(SIGHUP);
+  EXPECT_EQ(relay.errors.line(), "Settings reloaded.");
+  EXPECT_EQ(relay.errors.line(), "The setting metrics has changed.");
+  relay.signal(SIGTERM);
+  EXPECT_EQ(relay.errors.line(), "Tallyfox relay draining 0 sockets.");
+  EXPECT_EQ(relay.ended(), 0);
+}
+
 /// Where a service manager listens.
 class NotificationSocket {
  public:

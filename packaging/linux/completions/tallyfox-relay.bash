@@ -8,7 +8,7 @@ _tallyfox_relay() {
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       ;;
-    --tls-certificate | --tls-key | --nats-credentials | --nats-ca | --push-key | --push-ca | --make-push-key)
+    --config | --tls-certificate | --tls-key | --nats-credentials | --nats-ca | --push-key | --push-ca | --make-push-key)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       ;;
@@ -16,7 +16,7 @@ _tallyfox_relay() {
     --log-level) mapfile -t COMPREPLY < <(compgen -W "debug info warning error" -- "$word") ;;
     --listen | --trusted-proxy | --metrics | --drain-time | --nats | --nats-prefix | --nats-replicas | --push-contact | --push-service) ;;
     *)
-      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key --log-format --log-level --metrics --drain-time"
+      local options="--listen --data --trusted-proxy --page --tls-certificate --tls-key --log-format --log-level --metrics --drain-time --config"
       options+=" --nats --nats-credentials --nats-ca --nats-prefix --nats-replicas"
       options+=" --push-key --push-contact --push-service --push-ca --make-push-key"
       mapfile -t COMPREPLY < <(compgen -W "$options --help --version" -- "$word")

@@ -20,5 +20,6 @@ complete -c tallyfox-relay -l push-contact -x -d 'Where push services find the o
 complete -c tallyfox-relay -l push-service -x -d 'A push service to talk to'
 complete -c tallyfox-relay -l push-ca -r -F -d 'The authorities for push services'
 complete -c tallyfox-relay -l make-push-key -r -F -d 'Write a new key for Web Push'
+complete -c tallyfox-relay -l config -r -F -d 'A file with more of these settings'
 complete -c tallyfox-relay -l help -d 'Show the options'
 complete -c tallyfox-relay -l version -d 'Show the version'
