@@ -29,7 +29,10 @@ class FuzzedRelay {
     options.address = "127.0.0.1";
     options.dataDirectory = directory;
     RelayLimits limits;
-    limits.connectionsPerAddress = limits.requestsPerAddress = {.burst = 1e9, .perSecond = 1e9};
+    const Rate any{.burst = 1e9, .perSecond = 1e9};
+    limits.connectionsPerAddress = limits.requestsPerAddress = limits.registrationsPerAddress = any;
+    limits.agentConnectionsPerPairing = any;
+    limits.phoneRate = limits.agentRate = {.frames = any, .bytes = any};
     auto server = RelayServer::open(options, limits, console_);
     require(server.has_value(), "the relay starts");
     // The database is open; nobody needs its name any more.

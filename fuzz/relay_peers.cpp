@@ -86,13 +86,13 @@ void checkEvents(RawClient& socket, const std::vector<const Peer*>& others) {
   for (const std::string& event : lines(socket.rest())) {
     if (event == "end" || event == "reset" || event.starts_with("ping")) continue;
     if (event.starts_with("close")) {
-      require(std::ranges::contains(closings, event), "a code that the relay has");
+      require(std::ranges::find(closings, event) != closings.end(), "a code that the relay has");
       continue;
     }
     if (std::ranges::any_of(others, [&](const Peer* peer) { return peer->sent.contains(event); })) continue;
     const auto message = parsedJson(event);
     require(message.has_value() && message->is_object(), "a frame is a JSON object, or what somebody sent");
-    require(std::ranges::contains(relaysOwn, message->value("type", "")), "the relay's own message");
+    require(std::ranges::find(relaysOwn, message->value("type", "")) != relaysOwn.end(), "the relay's own message");
   }
   socket.reset();
 }

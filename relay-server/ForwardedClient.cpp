@@ -55,6 +55,8 @@ std::optional<address> addressIn(std::string_view node) {
   }
   // The longest that there is, with an IPv4 part.
   if (node.size() > 45) return std::nullopt;
+  // The reader of addresses takes anything for a zone behind a percent sign, and no notice of what follows a zero.
+  if (node.find_first_not_of("0123456789abcdefABCDEF:.") != std::string_view::npos) return std::nullopt;
   boost::system::error_code noAddress;
   const address found = boost::asio::ip::make_address(std::string(node), noAddress);
   return noAddress ? std::nullopt : std::optional(found);
@@ -62,6 +64,8 @@ std::optional<address> addressIn(std::string_view node) {
 
 /// The address of one element of `Forwarded`; names and hidden addresses have none.
 std::optional<address> forAddress(std::string_view element) {
+  // With a quote too many it could not be told from what a client wrote to its left.
+  if (std::ranges::count(element, '"') % 2 != 0) return std::nullopt;
   std::optional<address> found;
   while (!element.empty()) {
     const std::string_view pair = takenLast(element, ';');

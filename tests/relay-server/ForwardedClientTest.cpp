@@ -59,14 +59,15 @@ TEST_F(ForwardedClientTest, readsEveryFormOfAddress) {
 
 TEST_F(ForwardedClientTest, ignoresAHeaderThatIsMalformedWhereItIsRead) {
   for (const char* value : {"unknown", "localhost", "192.0.2", "192.0.2.1:", "192.0.2.1:port", "192.0.2.1:123456",
-                            "[192.0.2.1]", "[2001:db8::7", "[2001:db8::7]x", "2001:db8:::7", ",", "192.0.2.1,",
-                            "192.0.2.1, unknown", "192.0.2.1, , 10.1.1.1", "192.0.2.1 198.51.100.9"}) {
+                            "[192.0.2.1]", "[2001:db8::7", "[2001:db8::7]x", "2001:db8::7%eth0", "2001:db8:::7", ",",
+                            "192.0.2.1,", "192.0.2.1, unknown", "192.0.2.1, , 10.1.1.1", "192.0.2.1 198.51.100.9"}) {
     EXPECT_EQ(customary(value), proxyItself) << value;
   }
   EXPECT_EQ(customary(std::string(4000, '1')), proxyItself);
-  for (const char* value :
-       {"192.0.2.1", "for", "for=", "for=unknown", "for=_hidden", "by=192.0.2.1", "for=192.0.2.1;for=192.0.2.2",
-        "for=\"192.0.2.1", "for=192.0.2.1\"", "for=192.0.2.1;", "for=2001:db8:::7", "=192.0.2.1", "for=192.0.2.1, x"}) {
+  EXPECT_EQ(customary(std::string("192.0.2.1\0, x", 13)), proxyItself);
+  for (const char* value : {"192.0.2.1", "for", "for=", "for=unknown", "for=_hidden", "by=192.0.2.1",
+                            "for=192.0.2.1;for=192.0.2.2", "for=\"192.0.2.1", "for=192.0.2.1\"", "x=\";for=192.0.2.1",
+                            "for=192.0.2.1;", "for=2001:db8:::7", "=192.0.2.1", "for=192.0.2.1, x"}) {
     EXPECT_EQ(standard(value), proxyItself) << value;
   }
 }
