@@ -105,7 +105,7 @@ std::expected<PageFiles, std::string> PageFiles::read(const fs::path& directory,
     totalBytes += content->size();
     if (totalBytes > limits.totalBytes) return fault(directory, "holds too much");
     if (page.files_.size() >= limits.files) return fault(directory, "holds too many files");
-    page.add("/" + entry->path().lexically_relative(root).generic_string(), std::move(*content));
+    page.add(fmt::format("/{}", entry->path().lexically_relative(root).generic_string()), std::move(*content));
   }
   if (error) return fault(directory, "cannot be read: " + error.message());
   if (!page.find(indexPath)) return fault(directory, "has no index.html");
